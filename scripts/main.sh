@@ -1,0 +1,8 @@
+#!/usr/bin/env bash
+# Builds everything and runs the main job.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+build=${BUILD_DIR:-build}
+cmake -S . -B "$build" -G Ninja
+cmake --build "$build"
+"$build/bench/ostrel_bench" --quick

@@ -1,0 +1,28 @@
+// Every object the library builds at load, in the order it must be built. Nothing here
+// may call a host callback (none is set yet) or start a thread. Destruction runs in
+// reverse. New load-time objects go into their place in this sequence.
+
+#include "foundation/trGlobals.h"
+
+#include "foundation/trPrivateGlobals.h"
+#include "foundation/trRand.h"
+#include "foundation/trString.h"
+
+// Sentinels, then the default hints of parameters declared without one.
+trString const trEmptySentinel("#!}EMPTY{#!");
+
+trString const trUnsignedLongFormat("%lu");
+
+// The class pool and the module maps come here with the node core.
+trString trAppPath;
+
+// The three who-objects come here with the node core.
+trRand trGlobalRand;
+
+trString const trDefaultFilePath("09BA0814-9D0C-4AFF-9F34-12CC567D2241");
+trString const trRenderOutputPathKey("renderOutput");
+trString const trSequenceOutputPathKey("sequenceOutput");
+trString const trTemporaryOutputFilesPathKey("temporaryOutputFiles");
+
+// Runs the noise set-up and builds the direction table and the per-thread records.
+trPrivateGlobals trThePrivateGlobals;

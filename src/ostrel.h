@@ -1,0 +1,28 @@
+#pragma once
+// Ostrel render core: the whole public interface in one include.
+
+// Foundation
+#include "foundation/trString.h"
+#include "foundation/trNaturalOrder.h"
+#include "foundation/trVector.h"
+#include "foundation/trColour.h"
+#include "foundation/trColourFilters.h"
+#include "foundation/trTransform.h"
+#include "foundation/trRotation.h"
+#include "foundation/trBoundingBox.h"
+#include "foundation/trRay.h"
+#include "foundation/trGeometry.h"
+#include "foundation/trMessages.h"
+#include "foundation/trRand.h"
+#include "foundation/trCores.h"
+#include "foundation/trSystemTime.h"
+#include "foundation/trHostServices.h"
+#include "foundation/trChunkyAllocator.h"
+#include "foundation/trSort.h"
+#include "foundation/trGlobals.h"
+#include "foundation/trPrivateGlobals.h"
+
+// Procedural noise
+#include "noise/trNoise.h"
+#include "noise/trVoronoi.h"
+#include "noise/trNoiseInst.h"

@@ -1,0 +1,284 @@
+#include "foundation/trColourFilters.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+void ExpectCol(trFCol const &c, double r, double g, double b, double tol = 1e-6)
+{
+    EXPECT_NEAR(c.r, r, tol);
+    EXPECT_NEAR(c.g, g, tol);
+    EXPECT_NEAR(c.b, b, tol);
+}
+
+// Adds a constant and counts its destructions.
+class CountingFilter : public trFColFilter
+{
+public:
+    CountingFilter(float amount, int *counter) : add(amount), destroyed(counter) {}
+    ~CountingFilter() override { ++*destroyed; }
+    trFCol operator()(trFCol const &c) const override { return c + add; }
+
+private:
+    float add;
+    int *destroyed;
+};
+
+class ScaleFilter : public trFColFilter
+{
+public:
+    trFCol operator()(trFCol const &c) const override { return c * 3.0f; }
+};
+
+} // namespace
+
+TEST(trColourFilterTest, BasesAreIdentities)
+{
+    trFCol c(0.1f, -2, 7);
+    EXPECT_EQ(trFColFilter()(c), c);
+    EXPECT_EQ(trBColFilter()(trBCol(1, 2, 3)), trBCol(1, 2, 3));
+    EXPECT_EQ(trFColPairFilter()(c, trFCol(9)), c);
+}
+
+TEST(trColourFilterTest, ChannelToGreyAndFringe)
+{
+    trFCol c(0.25f, 0.5f, -3);
+    EXPECT_EQ(trRedToGreyFColFilter()(c), trFCol(0.25f));
+    EXPECT_EQ(trGreenToGreyFColFilter()(c), trFCol(0.5f));
+    EXPECT_EQ(trBlueToGreyFColFilter()(c), trFCol(-3));
+    EXPECT_EQ(trMaxToGreyFColFilter()(c), trFCol(0.5f));
+    EXPECT_EQ(trMaxToGreyFColFilter()(trFCol(-1, -5, -0.5f)), trFCol(-0.5f));
+
+    ExpectCol(FringeAlphaFColFilter()(trFCol(0.5f, 0.25f, 1)), 1, 0.75, 0);
+    ExpectCol(FringeAlphaFColFilter()(trFCol(0, 2, -1)), 0, -8, -8);
+    ExpectCol(RedFringeAlphaFColFilter()(trFCol(0.25f, 0.5f, 0.5f)), 0.75, 0.75, 0.75);
+}
+
+TEST(trColourFilterTest, ConcatOrderAndOwnership)
+{
+    int destroyed = 0;
+    {
+        CountingFilter add(1, &destroyed);
+        ScaleFilter scale;
+        trConcatFColFilter addThenScale(false, &add, &scale);
+        trConcatFColFilter scaleThenAdd(false, &scale, &add);
+        EXPECT_EQ(addThenScale(trFCol(1)), trFCol(6));
+        EXPECT_EQ(scaleThenAdd(trFCol(1)), trFCol(4));
+    }
+    // Only the stack filter's own end counts: the concatenations freed nothing.
+    EXPECT_EQ(destroyed, 1);
+
+    destroyed = 0;
+    auto *first = new CountingFilter(1, &destroyed);
+    auto *second = new CountingFilter(2, &destroyed);
+    {
+        trConcatFColFilter borrowed(false, first, second);
+        EXPECT_EQ(borrowed(trFCol(0)), trFCol(3));
+    }
+    EXPECT_EQ(destroyed, 0);
+    EXPECT_EQ((*first)(trFCol(0)), trFCol(1));
+    {
+        trConcatFColFilter owner(true, first, second);
+    }
+    EXPECT_EQ(destroyed, 2);
+
+    // A null filter is the identity; an owned filter given twice is freed once.
+    destroyed = 0;
+    auto *twice = new CountingFilter(1, &destroyed);
+    {
+        trConcatFColFilter owner(true, twice, twice);
+        EXPECT_EQ(owner(trFCol(0)), trFCol(2));
+        EXPECT_EQ(trConcatFColFilter(false, nullptr, twice)(trFCol(0)), trFCol(1));
+        EXPECT_EQ(trConcatFColFilter(true, nullptr, nullptr)(trFCol(5)), trFCol(5));
+    }
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST(trColourFilterTest, GammaCorrection)
+{
+    trGammaCorrectionFColFilter g22(2.2);
+    EXPECT_EQ(g22.Exponent(), static_cast<float>(1.0 / 2.2));
+    ExpectCol(g22(trFCol(0.25f, 1, 0)), 0.53252054, 1, 0);
+    // Negative channels become pow(0, exponent).
+    ExpectCol(g22(trFCol(-0.5f, -1e-30f, -100)), 0, 0, 0, 0);
+    trGammaCorrectionFColFilter inverse(-2);
+    EXPECT_EQ(inverse.Exponent(), -0.5f);
+    EXPECT_TRUE(std::isinf(inverse(trFCol(-1, 0, 4)).r));
+    EXPECT_FLOAT_EQ(inverse(trFCol(-1, 0, 4)).b, 0.5f);
+    // Tiny gammas take the signed limit.
+    EXPECT_EQ(trGammaCorrectionFColFilter(0).Exponent(), 1e12f);
+    EXPECT_EQ(trGammaCorrectionFColFilter(1e-13).Exponent(), 1e12f);
+    EXPECT_EQ(trGammaCorrectionFColFilter(-1e-13).Exponent(), -1e12f);
+    EXPECT_EQ(trGammaCorrectionFColFilter(0)(trFCol(0.5f, 1, 2)), trFCol(0, 1, std::numeric_limits<float>::infinity()));
+}
+
+TEST(trColourFilterTest, GamutStretch)
+{
+    trFCol c(0.9f, 0.3f, 0.1f);
+    EXPECT_EQ(trGamutStretchFColFilter(0)(c), c);
+    trFCol w = c.FromWideGamut();
+    ExpectCol(trGamutStretchFColFilter(1)(c), w.r, w.g, w.b);
+    ExpectCol(trGamutStretchFColFilter(0.5)(c), (w.r + c.r) / 2, (w.g + c.g) / 2, (w.b + c.b) / 2);
+    // Greys are fixed points of the matrix and so of the stretch.
+    ExpectCol(trGamutStretchFColFilter(3)(trFCol(0.4f)), 0.4, 0.4, 0.4);
+}
+
+TEST(trColourFilterTest, SaturationBelowAndAtOne)
+{
+    trFCol c(0.8f, 0.2f, 0.4f);
+    float l = 0.2125f * 0.8f + 0.7152f * 0.2f + 0.0724f * 0.4f;
+    ExpectCol(trSaturationFColFilter(1)(c), 0.8, 0.2, 0.4);
+    ExpectCol(trSaturationFColFilter(0)(c), l, l, l);
+    ExpectCol(trSaturationFColFilter(0.5)(c), (0.8 + l) / 2, (0.2 + l) / 2, (0.4 + l) / 2);
+    ExpectCol(trSaturationFColFilter(-1)(c), 2 * l - 0.8, 2 * l - 0.2, 2 * l - 0.4);
+}
+
+TEST(trColourFilterTest, SaturationAboveOneIsSoft)
+{
+    // By hand: L = 0.32752; red has delta 0.47248 over headroom 0.2, green
+    // -0.12752 over -0.2.
+    ExpectCol(trSaturationFColFilter(2)(trFCol(0.8f, 0.2f, 0.2f)), 0.98116122, 0.10571189, 0.10571189, 1e-6);
+    // Channels at 0 and 1 have no headroom and stay.
+    trFCol edge = trSaturationFColFilter(5)(trFCol(1, 0, 0.5f));
+    EXPECT_EQ(edge.r, 1.0f);
+    EXPECT_EQ(edge.g, 0.0f);
+    EXPECT_FALSE(edge.IsNan());
+
+    // Never leaves 0..1 for colours inside it, and moves each channel away from L.
+    trSaturationFColFilter filters[] = {trSaturationFColFilter(1.001), trSaturationFColFilter(1.5),
+                                        trSaturationFColFilter(3), trSaturationFColFilter(50),
+                                        trSaturationFColFilter(1e6)};
+    for (auto &f : filters)
+        for (int i = 0; i <= 20; ++i)
+            for (int j = 0; j <= 20; ++j)
+                for (int k = 0; k <= 20; ++k) {
+                    trFCol c(i / 20.0f, j / 20.0f, k / 20.0f);
+                    trFCol s = f(c);
+                    float l = c.LuminanceLinear();
+                    for (int ch = 0; ch < 3; ++ch) {
+                        float in = c.Get(ch), out = s.Get(ch);
+                        ASSERT_GE(out, 0.0f) << i << " " << j << " " << k;
+                        ASSERT_LE(out, 1.0f) << i << " " << j << " " << k;
+                        if (in > l)
+                            ASSERT_GE(out, in);
+                        else
+                            ASSERT_LE(out, in);
+                    }
+                }
+}
+
+TEST(trColourFilterTest, SoftClipContrastSettings)
+{
+    double clip = 0.5, contrast = std::log(2.0);
+    trSoftClipContrastFColFilter none(2, false, clip, true, false, contrast);
+    EXPECT_EQ(none.Scale(), 2);
+    EXPECT_EQ(none.SoftClip(), 0);
+    EXPECT_EQ(none.SoftClipInverse(), 1);
+    EXPECT_EQ(none.ContrastExponent(), 1);
+    // With k = 1 the curve is the identity on 0..1 but still clamps.
+    ExpectCol(none(trFCol(0.25f, 0.75f, -1)), 0.5, 1, 0);
+
+    trSoftClipContrastFColFilter both(2, true, clip, true, true, contrast);
+    EXPECT_NEAR(both.Scale(), 2 * 1.0644944589178593, 1e-12);
+    EXPECT_EQ(both.SoftClip(), 0.5);
+    EXPECT_EQ(both.SoftClipInverse(), 2);
+    EXPECT_NEAR(both.ContrastExponent(), 2, 1e-12);
+    trSoftClipContrastFColFilter uncompensated(2, true, clip, false, false, contrast);
+    EXPECT_EQ(uncompensated.Scale(), 2);
+    double zero = 0;
+    EXPECT_EQ(trSoftClipContrastFColFilter(1, true, zero, false, false, zero).SoftClipInverse(), 1e12);
+}
+
+TEST(trColourFilterTest, SoftClipCurve)
+{
+    double one = 1, half = 0.5, unused = 0;
+    // By hand: a = 1 at c = 1 gives 1 - 1/e; a = 0.5 gives its square root.
+    ExpectCol(trSoftClipContrastFColFilter(1, true, one, false, false, unused)(trFCol(1, 0, -2)), 0.63212056, 0, 0);
+    ExpectCol(trSoftClipContrastFColFilter(1, true, half, false, false, unused)(trFCol(1)), 0.79506010, 0.79506010,
+              0.79506010);
+
+    double amounts[] = {0.25, 0.5, 1, 2};
+    for (double &a : amounts) {
+        trSoftClipContrastFColFilter f(1, true, a, true, false, unused);
+        float prev = -1;
+        for (int i = 0; i <= 4000; ++i) {
+            float out = f(trFCol(i * 0.01f)).r;
+            ASSERT_GE(out, prev) << a << " " << i;
+            ASSERT_LE(out, 1.0f);
+            prev = out;
+        }
+        EXPECT_GT(prev, 0.99f);
+    }
+}
+
+TEST(trColourFilterTest, ContrastCurve)
+{
+    double contrast = std::log(2.0), unused = 0;
+    trSoftClipContrastFColFilter f(1, false, unused, false, true, contrast);
+    // k = 2: below the middle pow(2c, 2) / 2, above its mirror image.
+    ExpectCol(f(trFCol(0.25f, 0.5f, 0.75f)), 0.125, 0.5, 0.875);
+    ExpectCol(f(trFCol(0.1f, 0.9f, 2)), 0.02, 0.98, 1);
+}
+
+TEST(trColourFilterTest, Screens)
+{
+    ExpectCol(trScreenFColPairFilter()(trFCol(0.5f, 0, 1), trFCol(0.5f, 0.3f, 0.2f)), 0.75, 0.3, 1);
+
+    // By hand, limit 0.5 (exponent 2): (1 - 0.5^2 * 0.8^2) * 0.5 = 0.42.
+    trClampedScreenFColPairFilter half(trFCol(0.5f, 1, 2));
+    trFCol s = half(trFCol(0.5f, 0.5f, 0.5f), trFCol(0.2f, 0.2f, 0.75f));
+    EXPECT_NEAR(s.r, 0.42, 1e-6);
+    // A limit of 1 is the plain screen.
+    EXPECT_NEAR(s.g, 0.6, 1e-6);
+    // Limit 2 (exponent 0.5): (1 - sqrt(0.5) * sqrt(0.25)) * 2.
+    EXPECT_NEAR(s.b, (1 - std::sqrt(0.125)) * 2, 1e-6);
+    // Black stays black; a full channel reaches the limit.
+    ExpectCol(half(trFCol(0), trFCol(0)), 0, 0, 0);
+    ExpectCol(half(trFCol(1), trFCol(0)), 0.5, 1, 2);
+    // A zero limit gives 0 without NaN.
+    trFCol z = trClampedScreenFColPairFilter(trFCol(0))(trFCol(0.5f), trFCol(0.5f));
+    ExpectCol(z, 0, 0, 0, 0);
+}
+
+TEST(trColourFilterTest, VectorOperations)
+{
+    std::vector<trFCol> a = {trFCol(1, 2, 3), trFCol(4, 0, -6), trFCol(8)};
+    std::vector<trFCol> b = {trFCol(2, 0, 1), trFCol(2, 0, 0), trFCol(1)};
+    std::vector<trFCol> o(3, trFCol(-1));
+    trFColVec va(a), vb(b), vo(o);
+
+    trFColAdd()(vo, va, vb);
+    EXPECT_EQ(o[1], trFCol(6, 0, -6));
+    trFColVecSubtract()(vo, va, vb);
+    EXPECT_EQ(o[0], trFCol(-1, 2, 2));
+    trFColVecMultiply()(vo, va, vb);
+    EXPECT_EQ(o[0], trFCol(2, 0, 3));
+
+    trFColVecSafeDivide()(vo, va, vb);
+    EXPECT_EQ(o[0], trFCol(0.5f, 2, 3));
+    EXPECT_EQ(o[1], trFCol(2, 0, -6));
+    EXPECT_EQ(o[2], trFCol(8));
+
+    trFColVecRawDivide()(vo, va, vb);
+    EXPECT_EQ(o[0].r, 0.5f);
+    EXPECT_TRUE(std::isinf(o[0].g) && o[0].g > 0);
+    EXPECT_TRUE(std::isnan(o[1].g));
+    EXPECT_TRUE(std::isinf(o[1].b) && o[1].b < 0);
+
+    // The loop follows the output's count and stops at a shorter input.
+    std::fill(o.begin(), o.end(), trFCol(-1));
+    trFColVec firstTwo(o.data(), 2);
+    trFColAdd()(firstTwo, va, vb);
+    EXPECT_EQ(o[1], trFCol(6, 0, -6));
+    EXPECT_EQ(o[2], trFCol(-1));
+    trFColVec shortB(b.data(), 1);
+    trFColAdd()(vo, va, shortB);
+    EXPECT_EQ(o[0], trFCol(3, 2, 4));
+    EXPECT_EQ(o[2], trFCol(-1));
+    trFColVecBinaryOp()(vo, vb, va);
+    EXPECT_EQ(o, b);
+}

@@ -1,0 +1,107 @@
+#include "foundation/trCores.h"
+#include "foundation/trSystemTime.h"
+#include "foundation/trHostServices.h"
+#include "foundation/trString.h"
+
+#include <gtest/gtest.h>
+
+#include <sched.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <thread>
+
+TEST(trCores, DetectsTheAffinityMask)
+{
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    ASSERT_EQ(sched_getaffinity(0, sizeof(set), &set), 0);
+    bool ok = false;
+    EXPECT_EQ(trDetectedNumCores(ok), CPU_COUNT(&set));
+    EXPECT_TRUE(ok);
+    EXPECT_GE(trDetectedNumCores(), 1);
+}
+
+TEST(trCores, MaxThreadsIsAtLeast256AndSixteenPerCore)
+{
+    EXPECT_EQ(trMaxThreads(), std::max(256, 16 * trDetectedNumCores()));
+}
+
+TEST(trCores, OverrideBeatsPreferenceWhichBeatsDetection)
+{
+    bool ok = false;
+    int detected = trDetectedNumCores();
+    EXPECT_EQ(trNumCoresToUse(ok), detected);
+
+    trSetPreferredNumCores(true, 3);
+    EXPECT_EQ(trNumCoresToUse(ok), 3);
+    EXPECT_TRUE(ok);
+
+    // Not clamped here: the caller must bound it by trMaxThreads.
+    trSetFinalOverrideNumCores(true, 1000);
+    EXPECT_EQ(trNumCoresToUse(), 1000);
+    EXPECT_EQ(trMaxThreads(), std::max(256, 16 * detected)) << "overrides must not change table sizes";
+
+    trSetFinalOverrideNumCores(false, 1000);
+    EXPECT_EQ(trNumCoresToUse(), 3);
+    trSetPreferredNumCores(false, 3);
+    EXPECT_EQ(trNumCoresToUse(), detected);
+}
+
+TEST(trSystemTime, MeasuresElapsedMillisecondsAndAddsTime)
+{
+    trSystemTime start;
+    start.StartTiming();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    trSystemTime end;
+    end.GetTheCurrentTime();
+    EXPECT_GE(start.DeltaTime(end), 29);
+    EXPECT_LT(start.DeltaTime(end), 5000);
+
+    trSystemTime t;
+    t.AddTime(5, trTimebaseMilliseconds);
+    t.AddTime(2, trTimebaseSeconds);
+    t.AddTime(1, trTimebaseMinutes);
+    EXPECT_EQ(t.Milliseconds(), 62005);
+    t.AddTime(7, trTimebase(9));
+    EXPECT_EQ(t.Milliseconds(), 62005) << "unknown time bases do nothing";
+
+    trSystemTime zero;
+    EXPECT_EQ(zero.DeltaTime(t), 62005);
+    EXPECT_EQ(t.DeltaTime(zero), -62005);
+
+    testing::internal::CaptureStdout();
+    long reported = start.ReportElapsedTime(trString("Render"));
+    std::string out = testing::internal::GetCapturedStdout();
+    EXPECT_GE(reported, 29);
+    EXPECT_EQ(out.rfind("Render ", 0), 0u) << out;
+    EXPECT_NE(out.find(" ms\n"), std::string::npos) << out;
+}
+
+TEST(trHostServices, TimestampAndFileChecks)
+{
+    trString stamp = trTimestamp();
+    EXPECT_EQ(stamp.length, 19) << stamp.chars;
+
+    char path[] = "/tmp/ostrel_exists_XXXXXX";
+    int fd = mkstemp(path);
+    ASSERT_GE(fd, 0);
+    close(fd);
+    EXPECT_TRUE(trCheckFileExists(trString(path)));
+    std::remove(path);
+    EXPECT_FALSE(trCheckFileExists(trString(path)));
+    EXPECT_FALSE(trCheckFileExists(trString("")));
+    EXPECT_FALSE(trCheckFileExists(trString("/tmp"))) << "a folder is not a file";
+}
+
+TEST(trHostServices, ScriptNodeReturnsThePreviousOne)
+{
+    auto *a = reinterpret_cast<trBase *>(0x1000);
+    auto *b = reinterpret_cast<trBase *>(0x2000);
+    EXPECT_EQ(trSetScriptNode(a), nullptr);
+    EXPECT_EQ(trScriptNode(), a);
+    EXPECT_EQ(trSetScriptNode(b), a);
+    EXPECT_EQ(trSetScriptNode(nullptr), b);
+}

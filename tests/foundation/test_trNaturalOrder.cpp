@@ -1,0 +1,217 @@
+#include "foundation/trNaturalOrder.h"
+
+#include "foundation/trString.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cctype>
+#include <ostream>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+// A literal transcription of the rules, re-walking the digit runs from every digit,
+// to check the library's version, which steps over a tied run in one go.
+int ReferenceCompare(char const *a, char const *b, bool skip, bool fold)
+{
+    auto digit = [](char c) { return c >= '0' && c <= '9'; };
+    for (;;) {
+        if (skip) {
+            while (std::isspace(static_cast<unsigned char>(*a)))
+                ++a;
+            while (std::isspace(static_cast<unsigned char>(*b)))
+                ++b;
+        }
+        char ca = *a, cb = *b;
+        if (digit(ca) && digit(cb)) {
+            int result = 0;
+            if (ca == '0' || cb == '0') {
+                for (int i = 0;; ++i) {
+                    if (!digit(a[i]) && !digit(b[i]))
+                        break;
+                    if (!digit(a[i]) || (digit(b[i]) && a[i] < b[i])) {
+                        result = -1;
+                        break;
+                    }
+                    if (!digit(b[i]) || a[i] > b[i]) {
+                        result = 1;
+                        break;
+                    }
+                }
+            } else {
+                int bias = 0;
+                for (int i = 0;; ++i) {
+                    if (!digit(a[i]) && !digit(b[i])) {
+                        result = bias;
+                        break;
+                    }
+                    if (!digit(a[i])) {
+                        result = -1;
+                        break;
+                    }
+                    if (!digit(b[i])) {
+                        result = 1;
+                        break;
+                    }
+                    if (!bias && a[i] != b[i])
+                        bias = a[i] < b[i] ? -1 : 1;
+                }
+            }
+            if (result)
+                return result;
+        }
+        if (!ca && !cb)
+            return 0;
+        if (fold) {
+            ca = static_cast<char>(std::toupper(static_cast<unsigned char>(ca)));
+            cb = static_cast<char>(std::toupper(static_cast<unsigned char>(cb)));
+        }
+        if (static_cast<signed char>(ca) < static_cast<signed char>(cb))
+            return -1;
+        if (static_cast<signed char>(ca) > static_cast<signed char>(cb))
+            return 1;
+        ++a;
+        ++b;
+    }
+}
+
+std::string RandomText(std::mt19937 &random)
+{
+    static char const alphabet[] = "0012399 aAbB.\t\xe9";
+    std::string text;
+    int const n = static_cast<int>(random() % 12);
+    for (int i = 0; i < n; ++i)
+        text += alphabet[random() % (sizeof alphabet - 1)];
+    return text;
+}
+
+} // namespace
+
+// Defined with the string tests, for readable failures.
+void PrintTo(trString const &s, std::ostream *os);
+
+TEST(trNaturalOrder, NumbersByValue)
+{
+    EXPECT_EQ(trNaturalOrderCompare("a2", "a10"), -1);
+    EXPECT_EQ(trNaturalOrderCompare("a10", "a2"), 1);
+    EXPECT_EQ(trNaturalOrderCompare("a99", "a100"), -1);
+    EXPECT_EQ(trNaturalOrderCompare("a123", "a124"), -1);
+    EXPECT_EQ(trNaturalOrderCompare("x12y3", "x12y10"), -1); // tie, then the walk goes on
+    EXPECT_EQ(trNaturalOrderCompare("a10", "a10"), 0);
+    EXPECT_EQ(trNaturalOrderCompare("", ""), 0);
+    EXPECT_EQ(trNaturalOrderCompare("a", "ab"), -1);
+    // The first differing digit decides between runs of one length, not the last.
+    EXPECT_EQ(trNaturalOrderCompare("29", "31"), -1);
+}
+
+TEST(trNaturalOrder, LeadingZerosCompareLeftAligned)
+{
+    EXPECT_EQ(trNaturalOrderCompare("a02", "a1"), -1);
+    EXPECT_EQ(trNaturalOrderCompare("a1", "a01"), 1);
+    EXPECT_EQ(trNaturalOrderCompare("1.05", "1.5"), -1);
+    EXPECT_EQ(trNaturalOrderCompare("1.50", "1.5"), 1); // the longer run is larger
+    EXPECT_EQ(trNaturalOrderCompare("x007", "x007"), 0);
+    EXPECT_EQ(trNaturalOrderCompare("x0070b", "x0070a"), 1);
+}
+
+TEST(trNaturalOrder, SpacesAndCase)
+{
+    // Skipping ignores white space at every step; strict counts it.
+    EXPECT_EQ(trNaturalOrderCompareSkipping("a 1", "a1", false), 0);
+    EXPECT_EQ(trNaturalOrderCompareSkipping("  a\tb", "ab", false), 0);
+    EXPECT_EQ(trNaturalOrderCompareStrict("a 1", "a1", false), -1); // ' ' below '1'
+    // Within a digit run nothing is skipped: "1 2" has a run of one digit.
+    EXPECT_EQ(trNaturalOrderCompareSkipping("1 2", "12", false), -1);
+
+    EXPECT_EQ(trNaturalOrderCompareSkipping("abc", "ABD", false), 1); // 'a' above 'A'
+    EXPECT_EQ(trNaturalOrderCompareSkipping("abc", "ABD", true), -1);
+    EXPECT_EQ(trNaturalOrderCompareStrict("File", "fILE", true), 0);
+
+    // Bytes compare signed: 0xe9 sorts before plain ASCII.
+    EXPECT_EQ(trNaturalOrderCompareStrict("\xe9", "z", false), -1);
+    EXPECT_EQ(trNaturalOrderCompareStrict("", "\xe9", false), 1);
+
+    EXPECT_EQ(trNaturalOrderCompare(static_cast<char const *>(nullptr), ""), 0);
+    EXPECT_EQ(trNaturalOrderCompare(static_cast<char const *>(nullptr), "a"), -1);
+}
+
+TEST(trNaturalOrder, NamedFunctionsMapOntoTheCores)
+{
+    // "x 20" against "x3" tells skipping (20 > 3) from strict (' ' < '3'); "a9"
+    // against "B1" tells plain bytes ('a' > 'B') from folded ('A' < 'B').
+    trString const c("x 20"), d("x3"), e("a9"), f("B1");
+    ASSERT_EQ(trNaturalOrderCompareSkipping(c.chars, d.chars, false), 1);
+    ASSERT_EQ(trNaturalOrderCompareStrict(c.chars, d.chars, true), -1);
+    ASSERT_EQ(trNaturalOrderCompareSkipping(e.chars, f.chars, false), 1);
+    ASSERT_EQ(trNaturalOrderCompareSkipping(e.chars, f.chars, true), -1);
+
+    // Expected results for (c, d) and (e, f), for both overloads.
+    EXPECT_EQ(trNaturalOrderCompare(c, d) * 10 + trNaturalOrderCompare(e.chars, f.chars), 11);
+    EXPECT_EQ(trNaturalOrderCompareCase(c.chars, d.chars) * 10 + trNaturalOrderCompareCase(e, f), 9);
+    // Skips white space despite its name.
+    EXPECT_EQ(trNaturalOrderCompareSpace(c, d) * 10 + trNaturalOrderCompareSpace(e.chars, f.chars), 11);
+    EXPECT_EQ(trNaturalOrderCompareSpaceCase(c.chars, d.chars) * 10 + trNaturalOrderCompareSpaceCase(e, f), -11);
+    EXPECT_FALSE(trNaturalOrderLess(c, d) || trNaturalOrderLess(e.chars, f.chars));
+    EXPECT_TRUE(!trNaturalOrderLessCase(c.chars, d.chars) && trNaturalOrderLessCase(e, f));
+    EXPECT_TRUE(trNaturalOrderLessSpace(c, d) && !trNaturalOrderLessSpace(e.chars, f.chars));
+    EXPECT_TRUE(trNaturalOrderLessSpaceCase(c.chars, d.chars) && trNaturalOrderLessSpaceCase(e, f));
+}
+
+TEST(trNaturalOrder, FunctorsSort)
+{
+    std::vector<trString> names = {"img10", "img2", "img1", "img02", "Img3"};
+    std::sort(names.begin(), names.end(), trNaturalOrderSort_Less());
+    std::vector<trString> const expect = {"Img3", "img02", "img1", "img2", "img10"};
+    EXPECT_EQ(names, expect);
+    std::sort(names.begin(), names.end(), trNaturalOrderSortCase_Less());
+    std::vector<trString> const folded = {"img02", "img1", "img2", "Img3", "img10"};
+    EXPECT_EQ(names, folded);
+
+    std::vector<trString> spaced = {"a 20", "a3"};
+    std::sort(spaced.begin(), spaced.end(), trNaturalOrderSort_Less());
+    EXPECT_EQ(spaced[0], "a3");
+    std::sort(spaced.begin(), spaced.end(), trNaturalOrderSortSpace_Less());
+    EXPECT_EQ(spaced[0], "a 20");
+    EXPECT_TRUE(trNaturalOrderSortCaseSpace_Less()("A 20", "a3"));
+    EXPECT_FALSE(trNaturalOrderSortCaseSpace_Less()("a3", "A 20"));
+
+    // The char forms take a reference to the first byte of a text.
+    char const *const texts[] = {"a10", "a2", "A 20", "a3"};
+    EXPECT_TRUE(trNaturalOrderSortChar_Less()(*texts[1], *texts[0]));
+    EXPECT_FALSE(trNaturalOrderSortChar_Less()(*texts[0], *texts[1]));
+    EXPECT_TRUE(trNaturalOrderSortCharCase_Less()(*texts[1], *texts[0]));
+    EXPECT_TRUE(trNaturalOrderSortCharSpace_Less()(*texts[2], *texts[3]));
+    EXPECT_FALSE(trNaturalOrderSortCharCase_Less()(*texts[2], *texts[3]));
+    EXPECT_TRUE(trNaturalOrderSortCharCaseSpace_Less()(*texts[2], *texts[3]));
+}
+
+TEST(trNaturalOrder, AgreesWithReferenceAndIsAntisymmetric)
+{
+    std::mt19937 random(5);
+    for (int round = 0; round < 20000; ++round) {
+        std::string const a = RandomText(random);
+        std::string const b = (round % 4 == 0) ? a : RandomText(random);
+        for (bool fold : {false, true}) {
+            int const skipping = trNaturalOrderCompareSkipping(a.c_str(), b.c_str(), fold);
+            int const strict = trNaturalOrderCompareStrict(a.c_str(), b.c_str(), fold);
+            ASSERT_EQ(skipping, ReferenceCompare(a.c_str(), b.c_str(), true, fold)) << a << " | " << b;
+            ASSERT_EQ(strict, ReferenceCompare(a.c_str(), b.c_str(), false, fold)) << a << " | " << b;
+            ASSERT_EQ(skipping, -trNaturalOrderCompareSkipping(b.c_str(), a.c_str(), fold));
+            ASSERT_EQ(strict, -trNaturalOrderCompareStrict(b.c_str(), a.c_str(), fold));
+        }
+    }
+}
+
+TEST(trNaturalOrder, LongDigitRuns)
+{
+    std::string const digits(200000, '7');
+    EXPECT_EQ(trNaturalOrderCompare(digits.c_str(), digits.c_str()), 0);
+    std::string const zeros = "0" + digits;
+    EXPECT_EQ(trNaturalOrderCompareStrict(zeros.c_str(), zeros.c_str(), false), 0);
+    std::string bigger = digits;
+    bigger.back() = '8';
+    EXPECT_EQ(trNaturalOrderCompare(digits.c_str(), bigger.c_str()), -1);
+}

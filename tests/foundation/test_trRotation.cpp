@@ -1,0 +1,177 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+
+#include "foundation/trRotation.h"
+
+namespace {
+
+const double kHalfPi = std::acos(0.0);
+
+void ExpectNear(trVector const &a, trVector const &b, double tol = 1e-12)
+{
+    EXPECT_NEAR(a.x, b.x, tol);
+    EXPECT_NEAR(a.y, b.y, tol);
+    EXPECT_NEAR(a.z, b.z, tol);
+}
+
+trMatrix4x4<double> Axis(int axis, double angle)
+{
+    trVector a;
+    a(axis) = angle;
+    return trRotation(a).GetTransform().Matrix();
+}
+
+trVector QuatRotate(trQuaternion const &q, trVector const &v)
+{
+    trQuaternion r = q * trQuaternion(0, v.x, v.y, v.z) * q.Conjugate();
+    return trVector(r.x, r.y, r.z);
+}
+
+const trVector kAngles[] = {trVector(0.3, -1.1, 2.2), trVector(-2.9, 0.4, 0.05), trVector(1.0, 2.0, 3.0)};
+
+} // namespace
+
+TEST(trRotation, Labels)
+{
+    EXPECT_STREQ(trEulerOrderLabel[0], "XYZ");
+    EXPECT_STREQ(trEulerOrderLabel[4], "ZXY (Nuke default)");
+    EXPECT_STREQ(trEulerOrderLabel[6], "PHB");
+    EXPECT_STREQ(trEulerOrderLabel[11], "BHP");
+}
+
+TEST(trRotation, OrdersAreProductsOfAxisTurnsAndMatchVectorForms)
+{
+    // Axes applied first to last for orders 0..5, and the vector form of each.
+    const int axes[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+    trVector (trVector::*forms[6])(trVector const &) const = {
+        &trVector::RotatedXYZ, &trVector::RotatedXZY, &trVector::RotatedYXZ,
+        &trVector::RotatedYZX, &trVector::RotatedZXY, &trVector::RotatedZYX,
+    };
+    trVector p(0.7, -1.3, 2.0);
+    for (trVector const &a : kAngles)
+        for (int o = 0; o < 6; ++o) {
+            trMatrix4x4<double> product =
+                Axis(axes[o][2], a(axes[o][2])) * Axis(axes[o][1], a(axes[o][1])) * Axis(axes[o][0], a(axes[o][0]));
+            trRotation r(a, o);
+            EXPECT_TRUE(r.GetTransform().Matrix().NearlyEquals(product, 1e-14)) << trEulerOrderLabel[o];
+            ExpectNear(r.GetTransform().Point(p), (p.*forms[o])(a), 1e-12);
+            // The pitch, heading and bank names build the same products.
+            EXPECT_TRUE(trRotation(a, o + 6).GetTransform().Matrix().NearlyEquals(product, 0.0));
+            // The transform carries its inverse.
+            ExpectNear(r.GetTransform().Inverse().Point(r.GetTransform().Point(p)), p, 1e-12);
+        }
+}
+
+TEST(trRotation, QuaternionMatchesTransform)
+{
+    trVector p(1.5, 0.25, -3.0);
+    for (trVector const &a : kAngles)
+        for (int o = 0; o < 12; ++o)
+            for (int hand = 0; hand < 2; ++hand) {
+                trRotation r(a, o, hand);
+                trQuaternion q = r.GetQuaternion();
+                EXPECT_NEAR(q.w * q.w + q.x * q.x + q.y * q.y + q.z * q.z, 1.0, 1e-14);
+                ExpectNear(QuatRotate(q, p), r.GetTransform().Point(p), 1e-12);
+            }
+}
+
+TEST(trRotation, ConvertOrderKeepsTheTurn)
+{
+    trVector p(0.2, 1.0, -0.6);
+    for (trVector const &a : kAngles)
+        for (int o = 0; o < 12; ++o) {
+            trRotation r(a, o, trRotation::RightHanded);
+            trVector expected = r.GetTransform().Point(p);
+            trRotation x = r;
+            x.ConvertOrderToXYZ();
+            EXPECT_EQ(x.order, trRotation::XYZ);
+            EXPECT_EQ(x.handedness, trRotation::RightHanded);
+            ExpectNear(x.GetTransform().Point(p), expected, 1e-12);
+            trRotation z = r;
+            z.ConvertOrderToZXY();
+            EXPECT_EQ(z.order, trRotation::ZXY);
+            ExpectNear(z.GetTransform().Point(p), expected, 1e-12);
+        }
+    // Gimbal lock: the middle turn of the target order is a quarter turn.
+    trRotation locked(trVector(0.4, kHalfPi, 0.3), trRotation::XYZ);
+    trRotation converted = locked;
+    converted.ConvertOrderToZXY();
+    converted.ConvertOrderToXYZ();
+    ExpectNear(converted.GetTransform().Point(p), locked.GetTransform().Point(p), 1e-9);
+
+    // Already XYZ: angles untouched.
+    trRotation same(kAngles[0], trRotation::XYZ);
+    same.ConvertOrderToXYZ();
+    EXPECT_EQ(same.angles, kAngles[0]);
+
+    trRotation native(kAngles[1], trRotation::ZXY);
+    native.ConvertOrderToNative();
+    EXPECT_EQ(native.order, trRotation::BPH);
+    EXPECT_EQ(native.angles, kAngles[1]);
+}
+
+TEST(trRotation, Handedness)
+{
+    trRotation left(trVector(0.1, 0.2, 0.3), trRotation::XYZ, trRotation::LeftHanded);
+    trRotation copy = left;
+    copy.ConvertToLeftHanded();
+    EXPECT_EQ(copy, left);
+
+    trRotation right = left;
+    right.ConvertToRightHanded();
+    EXPECT_EQ(right.handedness, trRotation::RightHanded);
+    EXPECT_EQ(right.angles, trVector(-0.1, -0.2, 0.3));
+    EXPECT_NE(right, left);
+    // The same turn in the library's frame either way.
+    EXPECT_TRUE(right.GetTransform().Matrix().NearlyEquals(left.GetTransform().Matrix(), 0.0));
+    right.ConvertToRightHanded();
+    EXPECT_EQ(right.angles, trVector(-0.1, -0.2, 0.3));
+    right.ConvertToLeftHanded();
+    EXPECT_EQ(right, left);
+}
+
+TEST(trRotation, ComparisonsAndBadOrders)
+{
+    trRotation a(trVector(1, 2, 3)), b(trVector(1, 2, 3 + 1e-13)), c(trVector(1, 2, 3), trRotation::ZYX);
+    EXPECT_TRUE(a.NearlyEquals(b));
+    EXPECT_FALSE(a == b);
+    EXPECT_FALSE(a.NearlyEquals(c));
+    EXPECT_TRUE(a < b);
+    EXPECT_FALSE(b < a);
+    EXPECT_TRUE(a < c);
+
+    // An unknown order is reported and taken as XYZ rather than read out of range.
+    trRotation bad(trVector(0.5, 0.6, 0.7), 99);
+    EXPECT_TRUE(bad.GetTransform().Matrix().NearlyEquals(trRotation(trVector(0.5, 0.6, 0.7)).GetTransform().Matrix(),
+                                                         0.0));
+}
+
+TEST(trQuaternion, AxisAngleAndAlgebra)
+{
+    trQuaternion z;
+    z.SetAxisAngle(trVector(0, 0, 0), 1.0);
+    EXPECT_EQ(z.w, std::cos(0.5));
+    EXPECT_EQ(z.x, 0.0);
+    EXPECT_EQ(z.y, 0.0);
+    EXPECT_EQ(z.z, 0.0);
+
+    trQuaternion q;
+    q.SetAxisAngle(trVector(0, 5, 0), kHalfPi);  // the axis is normalised
+    EXPECT_NEAR(q.y, std::sqrt(0.5), 1e-15);
+    ExpectNear(QuatRotate(q, trVector(0, 0, 1)), trVector(1, 0, 0));
+    EXPECT_EQ(q(0), q.w);
+    EXPECT_EQ(q(2), q.y);
+
+    trQuaternion id = q * q.Conjugate();
+    EXPECT_NEAR(id.w, 1.0, 1e-15);
+    EXPECT_NEAR(id.y, 0.0, 1e-15);
+    // i j = k
+    EXPECT_EQ(trQuaternion(0, 1, 0, 0) * trQuaternion(0, 0, 1, 0), trQuaternion(0, 0, 0, 1));
+    trQuaternion s(1, 2, 3, 4);
+    s += trQuaternion(1, 1, 1, 1);
+    EXPECT_EQ(s, trQuaternion(2, 3, 4, 5));
+    EXPECT_TRUE(s.NearlyEquals(trQuaternion(2, 3, 4, 5 * (1 + 1e-13))));
+    EXPECT_FALSE(s.NearlyEquals(trQuaternion(2, 3, 4, 5.001)));
+}
