@@ -5,4 +5,6 @@ cd "$(dirname "$0")/.."
 build=${BUILD_DIR:-build}
 cmake -S . -B "$build" -G Ninja
 cmake --build "$build"
+# The command-line host lists the classes of the reference plug-ins it loads.
+"$build/bin/ostrel" classes
 "$build/bench/ostrel_bench" --quick

@@ -7,16 +7,31 @@
 #include "foundation/trPrivateGlobals.h"
 #include "foundation/trRand.h"
 #include "foundation/trString.h"
+#include "nodes/trBase.h"
+#include "nodes/trClassPool.h"
+#include "nodes/trParamHint.h"
+#include "nodes/trUndo.h"
 
 // Sentinels, then the default hints of parameters declared without one.
 trString const trEmptySentinel("#!}EMPTY{#!");
+trIntHint trDefaultIntHint;
+trDoubleHint trDefaultDoubleHint;
 
 trString const trUnsignedLongFormat("%lu");
 
-// The class pool and the module maps come here with the node core.
+// The registry of node classes: its eight base entries and empty tables.
+trClassPool trClasses;
+
 trString trAppPath;
 
-// The three who-objects come here with the node core.
+// Each who-object is a plain node that stands for a source of changes.
+static trBase trWhoSystemNode;
+static trBase trWhoUserNode;
+static trBase trWhoUserIndirectNode;
+trBase *trWhoSystem = &trWhoSystemNode;
+trBase *trWhoUser = &trWhoUserNode;
+trBase *trWhoUserIndirect = &trWhoUserIndirectNode;
+
 trRand trGlobalRand;
 
 trString const trDefaultFilePath("09BA0814-9D0C-4AFF-9F34-12CC567D2241");
@@ -26,3 +41,5 @@ trString const trTemporaryOutputFilesPathKey("temporaryOutputFiles");
 
 // Runs the noise set-up and builds the direction table and the per-thread records.
 trPrivateGlobals trThePrivateGlobals;
+
+trRand trUndoToken::ms_rand(90210);

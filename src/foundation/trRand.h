@@ -38,6 +38,9 @@ private:
 
 class trRand {
 public:
+    trRand() = default;
+    explicit trRand(unsigned long seed) { twister.sgenrand(seed); }
+
     void Seed(unsigned long seed) { twister.sgenrand(seed); }
     unsigned long Int() { return twister.genrand(); }
     // 0 to 1 inclusive.

@@ -1,0 +1,384 @@
+// The parameter table: the entries every node declares, the declaration rules, and the
+// typed writes and reads with their conversions, equality rules, undo hooks and texts.
+
+#include "test_trBaseSupport.h"
+
+#include "foundation/trGlobals.h"
+#include "nodes/trGuiPushButton.h"
+#include "nodes/trParamHint.h"
+#include "nodes/trUndo.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace {
+
+// Undo hook calls, as text, while a recorder is alive.
+struct UndoRecorder {
+    UndoRecorder()
+    {
+        Log().clear();
+        trUndoNodeParamInt = [](trBase *, long index, long old, trBase *) {
+            Log().push_back("int " + std::to_string(index) + " " + std::to_string(old));
+        };
+        trUndoNodeParamDouble = [](trBase *, long index, double old, trBase *) {
+            char text[64];
+            std::snprintf(text, sizeof text, "double %ld %.9g", index, old);
+            Log().push_back(text);
+        };
+        trUndoNodeParamVector = [](trBase *, long index, trVector const &old, long component, trBase *) {
+            char text[96];
+            std::snprintf(text, sizeof text, "vector %ld %g %g %g c%ld", index, old.x, old.y, old.z, component);
+            Log().push_back(text);
+        };
+        trUndoNodeParam2Vector = [](trBase *, long index, tr2Vector const &old, long component, trBase *) {
+            char text[96];
+            std::snprintf(text, sizeof text, "2vector %ld %g %g c%ld", index, old.x, old.y, component);
+            Log().push_back(text);
+        };
+        trUndoNodeParamString = [](trBase *, long index, trString const &old, trBase *who) {
+            Log().push_back("string " + std::to_string(index) + " " + Str(old) + " " + NameOf(who));
+        };
+        trUndoNodeParamBool = [](trBase *, long index, unsigned char old, trBase *) {
+            Log().push_back("bool " + std::to_string(index) + " " + std::to_string(old));
+        };
+    }
+    ~UndoRecorder()
+    {
+        trUndoNodeParamInt = nullptr;
+        trUndoNodeParamDouble = nullptr;
+        trUndoNodeParamVector = nullptr;
+        trUndoNodeParam2Vector = nullptr;
+        trUndoNodeParamString = nullptr;
+        trUndoNodeParamBool = nullptr;
+        trUndoCopyCurrentUndoToken = nullptr;
+    }
+    static std::vector<std::string> &Log()
+    {
+        static std::vector<std::string> log;
+        return log;
+    }
+};
+
+TEST(trBaseDeclaration, EveryNodeStartsWithTheSameEightEntries)
+{
+    trBase node;
+    ASSERT_EQ(node.NumParams(), 8);
+    long const types[8] = {2027, 4, 2028, 2014, 6, 2, 7, 2015};
+    char const *names[8] = {"", "name", "", "", "gui_use_node_pos", "gui_node_pos", "gui_group", ""};
+    for (long i = 0; i < 8; ++i) {
+        EXPECT_EQ(node.ParamType(i), types[i]) << i;
+        EXPECT_STREQ(node.ParamName(i), names[i]) << i;
+        EXPECT_EQ(node.ParamHint(i), nullptr) << i;
+        EXPECT_TRUE(node.GetParamShouldBeSaved(i)) << i;
+    }
+    EXPECT_EQ(node.ParamPtr(1), static_cast<void *>(&node.name));
+    // Only name notifies; the three gui_ values and the widgets don't.
+    long const notifying[8] = {0, 1, 0, 0, 0, 0, 0, 0};
+    for (long i = 0; i < 8; ++i)
+        EXPECT_EQ(node.ParamRecord(i)->notifyOnChange, notifying[i]) << i;
+    trFile const *group = static_cast<trFile const *>(node.ParamPtr(6));
+    EXPECT_TRUE(group->IsNodeLink());
+    EXPECT_TRUE(group->IsHidden());
+    EXPECT_EQ(group->Owner(), &node);
+    EXPECT_EQ(group->OwnerParam(), 6);
+    trVector pos(9, 9, 9);
+    ASSERT_EQ(node.GetParam(5, pos), 1);
+    EXPECT_EQ(pos, trVector(0, 0, 0));
+    EXPECT_EQ(node.ParamRecord(1)->displayName, trEmptySentinel);
+    EXPECT_EQ(Str(node.ParamDisplayName(4)), "Gui use node pos");
+    node.SetParamDisplayName(4, trString("Pinned"));
+    EXPECT_EQ(Str(node.ParamDisplayName(4)), "Pinned");
+}
+
+TEST(trBaseDeclaration, DefaultsHintsAndNotification)
+{
+    Probe n;
+    EXPECT_EQ(n.iI, 8); // a class's own parameters follow the eight
+    EXPECT_EQ(n.i, 3);
+    EXPECT_EQ(n.r, 1.5);
+    EXPECT_EQ(n.v, trVector(1, 2, 3));
+    EXPECT_EQ(n.b, 1);
+    EXPECT_EQ(Str(n.s), "hello");
+    // Integer and real parameters without a hint share the load-time defaults.
+    EXPECT_EQ(n.ParamHint(n.iI), static_cast<void *>(&trDefaultIntHint));
+    EXPECT_EQ(n.ParamHint(n.iR), static_cast<void *>(&trDefaultDoubleHint));
+    EXPECT_EQ(n.ParamHint(n.iF), static_cast<void *>(&trDefaultDoubleHint));
+    EXPECT_EQ(n.ParamHint(n.iV), nullptr);
+    EXPECT_EQ(n.ParamHint(n.iS), nullptr);
+    trIntHint own;
+    long other = 0;
+    long const k = n.Param(other, "other", 9L, &own);
+    EXPECT_EQ(n.ParamHint(k), static_cast<void *>(&own));
+    // Widgets never notify.
+    trGuiPushButton button;
+    n.PushButton(button, "press");
+    long const pb = n.NumParams() - 1;
+    EXPECT_EQ(n.ParamType(pb), 1000);
+    EXPECT_EQ(n.ParamRecord(pb)->notifyOnChange, 0);
+    EXPECT_EQ(button.Owner(), &n);
+    EXPECT_EQ(Str(button.Name()), "press");
+    void *widget = nullptr;
+    EXPECT_EQ(n.GetWidget(pb, &widget, nullptr), 1);
+    EXPECT_EQ(widget, static_cast<void *>(&button));
+    HostCapture host;
+    EXPECT_EQ(n.GetWidget(n.iI, &widget, nullptr), 0);
+    ASSERT_EQ(host.warnings.size(), 1u);
+    EXPECT_EQ(host.warnings[0], "GetParam: Not a widget, parameter: \"int_value\" in class: UNREGISTERED_CLASS");
+}
+
+TEST(trBaseDeclaration, ColourTagFileLinkAndStringSaving)
+{
+    Probe n;
+    // The default's tag is 0, so the member's own tag survives.
+    EXPECT_EQ(n.c.ColourSpace, trManRgb::kLinear709);
+    EXPECT_EQ(n.c.r, 0.5f);
+    trManRgb tagged;
+    n.Param(tagged, "tagged", trManRgb(trManRgb::kData, 1.f, 2.f, 3.f));
+    EXPECT_EQ(tagged.ColourSpace, trManRgb::kData);
+
+    trNodeLink link;
+    long const li = n.Param(link, "second_link", trString("nowhere"));
+    EXPECT_EQ(link.Owner(), &n);
+    EXPECT_EQ(link.OwnerParam(), li);
+    EXPECT_EQ(Str(link.FileStringR()), "nowhere");
+
+    // Bits 0 and 2 of a string hint's style mean "not saved"; bit 1 doesn't.
+    trStringHint readOnly, multiLine, transient;
+    readOnly.SetStyleFlags(1);
+    multiLine.SetStyleFlags(2);
+    transient.SetStyleFlags(4);
+    trString a, b2, c2;
+    EXPECT_FALSE(n.GetParamShouldBeSaved(n.Param(a, "a", trString(), &readOnly)));
+    EXPECT_TRUE(n.GetParamShouldBeSaved(n.Param(b2, "b", trString(), &multiLine)));
+    EXPECT_FALSE(n.GetParamShouldBeSaved(n.Param(c2, "c", trString(), &transient)));
+}
+
+TEST(trBaseDeclaration, GuiEntriesTabsKeywordsAndGroups)
+{
+    Probe n;
+    long const before = n.NumParams();
+    n.Gui(trGuiSeparator, 3);
+    n.Gui(trGuiSeparator, 0);
+    n.Gui(trGuiSeparator, -2);
+    EXPECT_EQ(n.NumParams(), before + 3);
+    EXPECT_EQ(n.ParamType(before), 2000);
+    EXPECT_EQ(n.NumParamComponents(before), 1);
+
+    n.GuiTab("Lighting", "tab_light");
+    long const tab = n.NumParams() - 1;
+    EXPECT_EQ(n.ParamType(tab), 1001);
+    EXPECT_EQ(Str(*static_cast<trString *>(n.ParamPtr(tab))), "Lighting");
+
+    EXPECT_TRUE(n.IsTrue(trString()));
+    EXPECT_FALSE(n.IsTrue(trString("is_shader")));
+    n.DeclareTrue(trString("is_shader"));
+    EXPECT_TRUE(n.IsTrue(trString("is_shader")));
+    EXPECT_FALSE(n.IsTrue(trString("is_Shader")));
+
+    n.ParamGroupEnd(); // on an empty stack: nothing
+    long x = 0, y = 0, z = 0;
+    n.ParamGroupStart(5);
+    long const ix = n.Param(x, "x", 0L);
+    n.Gui(trGuiSeparator); // widgets stay out of groups
+    n.ParamGroupStart(6);
+    long const iy = n.Param(y, "y", 0L);
+    n.ParamGroupEnd();
+    n.ParamGroupEnd();
+    long const iz = n.Param(z, "z", 0L);
+    EXPECT_EQ(n.GetParamsInParamGroup(5), std::set<long>({ix}));
+    EXPECT_EQ(n.GetParamsInParamGroup(6), std::set<long>({iy}));
+    EXPECT_TRUE(n.GetParamsInParamGroup(99).empty());
+    EXPECT_FALSE(n.IsParamInParamGroup(iz, 5));
+    EXPECT_EQ(n.AddParamToParamGroup(iz, 5), 1);
+    EXPECT_TRUE(n.IsParamInParamGroup(iz, 5));
+    EXPECT_EQ(n.AddParamToParamGroup(tab, 5), 0);
+    EXPECT_EQ(n.AddParamToParamGroup("y", 7), 1);
+    EXPECT_TRUE(n.IsParamInParamGroup(iy, 7));
+}
+
+TEST(trBaseSetParam, LiteralsReachTheirOverloads)
+{
+    Probe n;
+    HostCapture host;
+    EXPECT_EQ(n.SetParam(n.iI, 7, trWhoUser), 1);
+    EXPECT_EQ(n.i, 7);
+    EXPECT_EQ(n.SetParam(n.iB, false, trWhoUser), 1);
+    EXPECT_EQ(n.b, 0);
+    EXPECT_EQ(n.SetParam(n.iS, "text", trWhoUser), 1);
+    EXPECT_EQ(Str(n.s), "text");
+    EXPECT_EQ(n.SetParam("int_value", 8, trWhoUser), 1);
+    EXPECT_EQ(n.i, 8);
+    EXPECT_TRUE(host.warnings.empty());
+    // A bool on an integer is a type error, not a silent 1.
+    EXPECT_EQ(n.SetParam(n.iI, true, trWhoUser), 0);
+    EXPECT_EQ(n.i, 8);
+    ASSERT_EQ(host.warnings.size(), 1u);
+    EXPECT_EQ(host.warnings[0], "SetParam: Wrong type for parameter: \"int_value\" in class: UNREGISTERED_CLASS. "
+                                "Expected type 0, got type 6");
+    EXPECT_EQ(n.SetParam(n.iS, 5, trWhoUser), 0);
+    EXPECT_EQ(host.warnings.back(), "SetParam: Wrong type for parameter: \"string_value\" in class: "
+                                    "UNREGISTERED_CLASS. Expected type 4, got type 0");
+    long out = 0;
+    EXPECT_EQ(n.GetParam(n.iS, out), 0);
+    EXPECT_EQ(host.warnings.back(), "GetParam: Wrong type for parameter: \"string_value\" in class: "
+                                    "UNREGISTERED_CLASS. Expected type 4, got type 0");
+}
+
+TEST(trBaseSetParam, RealsConvertAndAFloatOnAColourStillSetsGrey)
+{
+    Probe n;
+    HostCapture host;
+    EXPECT_EQ(n.SetParam(n.iF, 2.25, trWhoUser), 1); // double narrowed
+    EXPECT_EQ(n.f, 2.25f);
+    EXPECT_EQ(n.SetParam(n.iR, 0.1f, trWhoUser), 1); // float widened
+    EXPECT_EQ(n.r, double(0.1f));
+    EXPECT_TRUE(host.warnings.empty());
+    double widened = 0;
+    float narrowed = 0;
+    EXPECT_EQ(n.GetParam(n.iF, widened), 1);
+    EXPECT_EQ(widened, 2.25);
+    EXPECT_EQ(n.GetParam(n.iR, narrowed), 1);
+    EXPECT_EQ(narrowed, 0.1f);
+
+    EXPECT_EQ(n.SetParam(n.iC, 0.25f, trWhoUser), 1);
+    ASSERT_EQ(host.warnings.size(), 1u);
+    EXPECT_EQ(host.warnings[0], "SetParam: Wrong type for parameter: \"colour_value\" in class: "
+                                "UNREGISTERED_CLASS. Expected type 3, got type 9");
+    EXPECT_EQ(n.c.r, 0.25f);
+    EXPECT_EQ(n.c.b, 0.25f);
+    EXPECT_EQ(n.c.ColourSpace, trManRgb::kLinear709); // the grey has word 0: the tag stays
+    EXPECT_EQ(n.SetParam(n.iC, 0.75, trWhoUser), 0);
+    EXPECT_EQ(host.warnings.size(), 2u);
+    EXPECT_EQ(n.c.r, 0.25f);
+}
+
+TEST(trBaseSetParam, EqualValuesForceAndNotificationOrder)
+{
+    ProbeClass("core_params_probe");
+    Probe root;
+    root.name = "root";
+    Probe *child = AsProbe(root.CreateChild(trString("core_params_probe")));
+    ASSERT_NE(child, nullptr);
+    child->name = "kid";
+    Events().clear();
+    EXPECT_EQ(child->SetParam(child->iI, 3L, trWhoUser), 0); // equal to the default
+    EXPECT_TRUE(Events().empty());
+    EXPECT_EQ(child->SetParam(child->iI, 4L, trWhoUser), 1);
+    std::vector<std::string> const expected = {
+        "root.Pre(kid,8,user)", "kid.Changed(8,user)", "root.ChildChanged(kid,8,user)"};
+    EXPECT_EQ(Events(), expected);
+    Events().clear();
+    EXPECT_EQ(child->SetParam(child->iI, 4L, trWhoSystem, true), 1);
+    std::vector<std::string> const forced = {
+        "root.Pre(kid,8,system)", "kid.Changed(8,system)", "root.ChildChanged(kid,8,system)"};
+    EXPECT_EQ(Events(), forced);
+    root.logging = false;
+}
+
+TEST(trBaseSetParam, UndoHooksGetOldValuesOnlyWhenIdle)
+{
+    Probe n;
+    UndoRecorder undo;
+    n.SetParam(n.iI, 10L, trWhoUser);
+    n.SetParam(n.iI, 10L, trWhoUser, true); // forced and equal: no hook
+    n.SetParam(n.iF, 0.25f, trWhoUser);     // float uses the double hook, old widened
+    n.SetParam(n.iV, trVector(1, 7, 3), trWhoUser);
+    n.SetParam(n.iV, trVector(0, 7, 0), trWhoUser);
+    n.SetParam(n.iV2, tr2Vector(6, 5), trWhoUser);
+    n.SetParam(n.iB, static_cast<unsigned char>(0), trWhoUser);
+    n.SetParam(n.iS, trString("bye"), trWhoUser);
+    n.SetParam(n.iS, trString("bye"), trWhoUser); // equal text: notifies, no hook
+    std::vector<std::string> const expected = {
+        "int 8 3",           "double 10 0.5",      "vector 11 1 2 3 c2", "vector 11 1 7 3 c0",
+        "2vector 12 4 5 c1", "bool 16 1",          "string 14 hello user"};
+    EXPECT_EQ(UndoRecorder::Log(), expected);
+
+    // A compound operation under way: values change, hooks stay silent.
+    trUndoCopyCurrentUndoToken = []() { return trUndoToken(trUndoOperationKeySet); };
+    UndoRecorder::Log().clear();
+    EXPECT_EQ(n.SetParam(n.iI, 11L, trWhoUser), 1);
+    EXPECT_EQ(n.i, 11);
+    EXPECT_TRUE(UndoRecorder::Log().empty());
+}
+
+TEST(trBaseSetParam, ColourEqualityAndTagTravel)
+{
+    Probe n;
+    n.SetParam(n.iC, trManRgb(0, 0.5f, 0.5f, 0.5f), trWhoUser, true);
+    // Same floats, word 0 against a tag: equal, so nothing happens.
+    EXPECT_EQ(n.SetParam(n.iC, trManRgb(0, 0.5f, 0.5f, 0.5f), trWhoUser), 0);
+    // A different tag on both sides is a difference.
+    EXPECT_EQ(n.SetParam(n.iC, trRgbData(0.5f, 0.5f, 0.5f), trWhoUser), 1);
+    EXPECT_EQ(n.c.ColourSpace, trManRgb::kData);
+    EXPECT_EQ(n.SetParam(n.iC, trManRgb(0, 1.f, 0.f, 0.f), trWhoUser), 1);
+    EXPECT_EQ(n.c.ColourSpace, trManRgb::kData);
+    EXPECT_EQ(n.c.r, 1.f);
+}
+
+TEST(trBaseSetParam, NameWritesAreMadeUniqueAndEqualTextStillNotifies)
+{
+    Probe n;
+    n.name = "solo";
+    Events().clear();
+    EXPECT_EQ(n.SetParam(1, trString("solo"), trWhoUser), 1);
+    EXPECT_EQ(Events(), std::vector<std::string>({"solo.Pre(solo,1,user)", "solo.GuiChanged(1,user)"}));
+    EXPECT_EQ(n.SetParam("name", "", trWhoUser), 1);
+    trString got;
+    EXPECT_EQ(n.GetParam("name", got), 1);
+    EXPECT_EQ(Str(got), "_1");
+}
+
+TEST(trBaseSetParam, UnknownNamesAndRanges)
+{
+    Probe n;
+    HostCapture host;
+    long value = 0;
+    EXPECT_EQ(n.SetParam("nope", 1L, trWhoUser), 0);
+    EXPECT_EQ(n.GetParam("nope", value), 0);
+    EXPECT_EQ(n.SetParam(static_cast<char const *>(nullptr), 1L, trWhoUser), 0);
+    ASSERT_EQ(host.warnings.size(), 3u);
+    EXPECT_EQ(host.warnings[0], "SetParam: Unknown parameter: \"nope\" in class: UNREGISTERED_CLASS");
+    EXPECT_EQ(host.warnings[1], "GetParam: Unknown parameter: \"nope\" in class: UNREGISTERED_CLASS");
+    EXPECT_EQ(host.warnings[2], "SetParam: Unknown parameter: \"\" in class: UNREGISTERED_CLASS");
+    // FindParam: exact, case-sensitive; the empty name sets the index to 0.
+    long index = 42;
+    EXPECT_FALSE(n.FindParam(index, ""));
+    EXPECT_EQ(index, 0);
+    EXPECT_FALSE(n.FindParam(index, "Int_value"));
+    EXPECT_TRUE(n.FindParam(index, "int_value"));
+    EXPECT_EQ(index, n.iI);
+    EXPECT_EQ(n.SetParam(999L, 1L, trWhoUser), 0);
+    EXPECT_EQ(n.ParamRecord(999), nullptr);
+    // A registered node names its class.
+    ProbeClass("core_params_probe");
+    trBase *made = trCreateObject(trString("core_params_probe"), nullptr, 0);
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(made->SetParam("nope", 1L, trWhoUser), 0);
+    EXPECT_EQ(host.warnings.back(), "SetParam: Unknown parameter: \"nope\" in class: core_params_probe");
+    EXPECT_EQ(Str(made->RegisteredClassName()), "core_params_probe");
+    EXPECT_EQ(Str(n.RegisteredClassDisplayName()), "UNREGISTERED_CLASS");
+    trDestroyObject(made);
+}
+
+TEST(trBaseSetParam, StaticTextAndComponents)
+{
+    Probe n;
+    trString label, plain;
+    n.Gui(trGuiStaticText);
+    n.Gui(trGuiSeparator);
+    long const il = n.Param(label, "label", trString());
+    long const ip = n.Param(plain, "plain", trString());
+    EXPECT_TRUE(n.IsParamStaticText(il));
+    EXPECT_FALSE(n.IsParamStaticText(ip));
+    EXPECT_FALSE(n.IsParamStaticText(n.iS));
+    EXPECT_EQ(n.NumParamComponents(n.iV), 3);
+    EXPECT_EQ(n.NumParamComponents(n.iC), 3);
+    EXPECT_EQ(n.NumParamComponents(n.iV2), 2);
+    EXPECT_EQ(trBase::NumParamComponentsOfType(10), 2);
+    EXPECT_EQ(trBase::NumParamComponentsOfType(11), 3);
+    EXPECT_EQ(trBase::NumParamComponentsOfType(1000), 1);
+}
+
+} // namespace

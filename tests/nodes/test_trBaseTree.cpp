@@ -1,0 +1,292 @@
+// The node tree: names and their clash rule, paths and look-ups, children and their
+// table, content paths, frames, bundles and creation by the user.
+
+#include "test_trBaseSupport.h"
+
+#include "nodes/trUndo.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+char const *const kClass = "core_tree_probe";
+
+// A root owning registered children, so that its end destroys them properly.
+struct Tree {
+    Probe root;
+    Tree()
+    {
+        ProbeClass(kClass);
+        root.name = "root";
+        root.logging = false;
+    }
+    Probe *Add(trBase *parent, char const *name)
+    {
+        Probe *n = AsProbe(parent->CreateChild(trString(kClass)));
+        n->logging = false;
+        if (name)
+            n->SetName(trString(name));
+        return n;
+    }
+};
+
+TEST(trBaseNames, ClashesGetSuffixesAndNumbersCount)
+{
+    Tree t;
+    Probe *a = t.Add(&t.root, "A");
+    Probe *b = t.Add(&t.root, "A");
+    Probe *c = t.Add(&t.root, nullptr);
+    EXPECT_EQ(Str(a->name), "A");
+    EXPECT_EQ(Str(b->name), "A_1");
+    EXPECT_EQ(c->SetParam(1, trString("A"), trWhoUser), 1);
+    trString shown;
+    c->GetParam(1, shown);
+    EXPECT_EQ(Str(shown), "A_1_1");
+
+    // Created nodes already carry numbered names of their class.
+    Probe *p1 = t.Add(&t.root, nullptr);
+    Probe *p2 = t.Add(&t.root, nullptr);
+    EXPECT_EQ(Str(p1->name), "Core tree probe 01");
+    EXPECT_EQ(Str(p2->name), "Core tree probe 02");
+    p1->SetName(trString("Planet %02d"));
+    p2->SetName(trString("Planet %02D")); // the marker is found regardless of case
+    EXPECT_EQ(Str(p1->name), "Planet 01");
+    EXPECT_EQ(Str(p2->name), "Planet 02");
+    c->SetName(trString(""));
+    EXPECT_EQ(Str(c->name), "_1");
+}
+
+TEST(trBaseNames, OwnChildrenAndEverythingInScopeClash)
+{
+    Tree t;
+    Probe *uncle = t.Add(&t.root, "U");
+    Probe *p = t.Add(&t.root, "P");
+    Probe *kid = t.Add(p, "X");
+    // A node may not take the name of its own child...
+    p->SetName(trString("X"));
+    EXPECT_EQ(Str(p->name), "X_1");
+    // ...nor of a node that its parent sees further up.
+    kid->SetName(trString("U"));
+    EXPECT_EQ(Str(kid->name), "U_1");
+    EXPECT_EQ(t.root.NodeInScope(trString("U"), nullptr, nullptr), uncle);
+    EXPECT_EQ(kid->NodeInScope(trString("U"), nullptr, nullptr), uncle);
+    EXPECT_EQ(kid->NodeInScope(trString("U"), uncle, nullptr), nullptr);
+    EXPECT_EQ(kid->NodeInScope(trString(""), nullptr, nullptr), nullptr);
+    EXPECT_TRUE(t.root.NameExistsInTree(trString("U_1"), nullptr, nullptr));
+    EXPECT_FALSE(t.root.NameExistsInTree(trString("U_1"), kid, nullptr));
+    EXPECT_TRUE(kid->ClassExistsInTree(trString(kClass), nullptr, nullptr));
+    EXPECT_FALSE(kid->ClassExistsInTree(trString("no_such_class"), nullptr, nullptr));
+    Tree lone;
+    Probe *only = lone.Add(&lone.root, "only");
+    EXPECT_TRUE(lone.root.ClassExistsInTree(only->RegisteredClassId(), nullptr, nullptr));
+    EXPECT_FALSE(lone.root.ClassExistsInTree(only->RegisteredClassId(), only, nullptr));
+    EXPECT_FALSE(lone.root.ClassExistsInTree(-1L, nullptr, nullptr));
+}
+
+TEST(trBaseNames, PathsAndNodeByPath)
+{
+    Tree t;
+    Probe *p = t.Add(&t.root, "P");
+    Probe *c = t.Add(p, "C");
+    Probe *d = t.Add(c, "D");
+    Probe *s = t.Add(&t.root, "S");
+    EXPECT_EQ(Str(t.root.Path()), "");
+    EXPECT_EQ(Str(p->Path()), "/");
+    EXPECT_EQ(Str(d->Path()), "/P/C/");
+    EXPECT_EQ(Str(d->NameAndPath()), "/P/C/D");
+
+    EXPECT_EQ(t.root.NodeByPath(trString("")), nullptr);
+    EXPECT_EQ(t.root.NodeByPath(trString("/")), nullptr); // the root's child named ""
+    EXPECT_EQ(t.root.NodeByPath(trString("/P/C/D")), d);
+    EXPECT_EQ(d->NodeByPath(trString("/P")), p); // absolute from anywhere
+    EXPECT_EQ(t.root.NodeByPath(trString("P/C")), c);
+    EXPECT_EQ(t.root.NodeByPath(trString("/P/")), nullptr); // a final separator
+    EXPECT_EQ(t.root.NodeByPath(trString("/P/missing")), nullptr);
+    EXPECT_EQ(t.root.NodeByPath(trString("missing/C")), nullptr);
+    // A bare name: own child first, then what the parent sees in scope.
+    EXPECT_EQ(c->NodeByPath(trString("D")), d);
+    EXPECT_EQ(d->NodeByPath(trString("S")), s);
+    EXPECT_EQ(d->NodeByPath(trString("C")), c);
+    EXPECT_EQ(t.root.NodeByPath(trString("D")), nullptr); // the root has no parent to ask
+    EXPECT_EQ(d->Root(), &t.root);
+    EXPECT_TRUE(p->IsAnAncestorOf(d));
+    EXPECT_FALSE(d->IsAnAncestorOf(p));
+    EXPECT_FALSE(p->IsAnAncestorOf(p));
+    EXPECT_TRUE(d->IsDescendedFrom(&t.root));
+    EXPECT_FALSE(s->IsDescendedFrom(p));
+}
+
+TEST(trBaseChildren, OrderWalkAndDestroyMovesTheLastChild)
+{
+    Tree t;
+    Probe *a = t.Add(&t.root, "a");
+    Probe *b = t.Add(&t.root, "b");
+    Probe *a1 = t.Add(a, "a1");
+    Probe *c = t.Add(&t.root, "c");
+    Probe *d = t.Add(&t.root, "d");
+    std::vector<trBase *> walk;
+    for (trBase *n = &t.root; n; n = n->NextInTree())
+        walk.push_back(n);
+    EXPECT_EQ(walk, std::vector<trBase *>({&t.root, a, a1, b, c, d}));
+    EXPECT_EQ(b->NextSibling(), c);
+    EXPECT_EQ(d->NextSibling(), nullptr);
+    EXPECT_EQ(t.root.NextSiblingOfChild(a1), nullptr);
+
+    EXPECT_EQ(t.root.DestroyChild(1), 1); // b goes, d takes its slot
+    ASSERT_EQ(t.root.NumChildren(), 3);
+    EXPECT_EQ(t.root.Child(0L), a);
+    EXPECT_EQ(t.root.Child(1L), d);
+    EXPECT_EQ(t.root.Child(2L), c);
+    EXPECT_EQ(t.root.Child(trString("c")), c);
+    EXPECT_EQ(t.root.DestroyChild(trString("a")), 1); // its own child goes with it
+    EXPECT_EQ(t.root.Child(0L), c);
+    EXPECT_EQ(t.root.DestroyChild(trString("zz")), 0);
+    EXPECT_EQ(t.root.DestroyChild(7), 0);
+    EXPECT_EQ(c->DestroyChild(0), 0); // no list at all
+    EXPECT_EQ(t.root.NumChildren(), 2);
+}
+
+TEST(trBaseChildren, AttachedWithoutEnteringTheList)
+{
+    Probe parent;
+    Probe loose;
+    EXPECT_TRUE(loose.MayAffectPreviews());
+    EXPECT_EQ(loose.Init(&parent, 0), 1);
+    EXPECT_EQ(loose.Parent(), &parent);
+    EXPECT_FALSE(loose.IsRoot());
+    EXPECT_EQ(parent.NumChildren(), 0);
+    EXPECT_FALSE(loose.MayAffectPreviews());
+    loose.Init(nullptr, 0);
+}
+
+long ResidentKiB()
+{
+    long pages = 0, resident = 0;
+    std::FILE *f = std::fopen("/proc/self/statm", "r");
+    if (!f)
+        return -1;
+    int const got = std::fscanf(f, "%ld %ld", &pages, &resident);
+    std::fclose(f);
+    return got == 2 ? resident * (sysconf(_SC_PAGESIZE) / 1024) : -1;
+}
+
+TEST(trBaseChildren, ChildTablesCostOnlyTheSlotsInUse)
+{
+    // Each table spans 512 KiB; 10,000 of them fully backed would be 5 GB.
+    constexpr int kTables = 10000;
+    static_assert(sizeof(trNetwork) > 512 * 1024);
+    std::vector<trNetwork *> tables;
+    tables.reserve(kTables);
+    long const before = ResidentKiB();
+    trBase *const marker = reinterpret_cast<trBase *>(&tables);
+    for (int i = 0; i < kTables; ++i) {
+        trNetwork *n = new trNetwork;
+        ASSERT_NE(n, nullptr);
+        n->AddChild(marker);
+        tables.push_back(n);
+    }
+    long const after = ResidentKiB();
+    if (before > 0 && after > 0) {
+        EXPECT_LT(after - before, 80 * 1024) << "KiB resident for " << kTables << " child tables";
+    }
+    // Removing moves the last entry into the freed slot.
+    trBase *const other = reinterpret_cast<trBase *>(&tables[1]);
+    tables[0]->AddChild(other);
+    EXPECT_EQ(tables[0]->Count(), 2);
+    tables[0]->RemoveChild(0);
+    EXPECT_EQ(tables[0]->Count(), 1);
+    EXPECT_EQ(tables[0]->Child(0), other);
+    // Tables hold no real nodes here: empty them before they destroy their children.
+    for (trNetwork *n : tables) {
+        while (n->Count() > 0)
+            n->RemoveChild(0);
+        delete n;
+    }
+}
+
+TEST(trBaseMisc, ContentPathsInheritAndAnnounce)
+{
+    Tree t;
+    Probe *p = t.Add(&t.root, "P");
+    Probe *c = t.Add(p, "C");
+    t.root.SetOrphanedContentFilePath(trString("/orphan/"));
+    EXPECT_EQ(Str(c->ContentFilePath()), "/orphan/");
+    EXPECT_EQ(Str(t.root.ContentFilePath()), "/orphan/");
+    testing::internal::CaptureStdout();
+    p->SetAbsoluteContentFilePathForChildren(trString("/work/"));
+    std::string const out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(out, "Content path for children of \"/P\" set to \"/work/\"\n");
+    EXPECT_EQ(Str(c->ContentFilePath()), "/work/");
+    EXPECT_EQ(Str(p->ContentFilePath()), "/orphan/");
+    EXPECT_EQ(Str(c->AbsoluteContentFilePathForChildren()), "/work/");
+}
+
+// A project root declares the frame range.
+class FrameRoot : public Probe {
+public:
+    double current = 12.5, start = 1.7, end = -0.5;
+    FrameRoot()
+    {
+        Param(current, "current_frame", 12.5);
+        Param(start, "start_frame", 1.7);
+        Param(end, "end_frame", -0.5);
+    }
+};
+
+TEST(trBaseMisc, FramesComeFromTheRoot)
+{
+    ProbeClass(kClass);
+    FrameRoot root;
+    root.logging = false;
+    trBase *kid = root.CreateChild(trString(kClass));
+    EXPECT_EQ(kid->GetCurrentFrame(), 12.5);
+    EXPECT_EQ(kid->GetStartFrame(), 1);
+    EXPECT_EQ(kid->GetEndFrame(), -1); // floored, not truncated
+    Probe bare;
+    EXPECT_EQ(bare.GetCurrentFrame(), 0.0);
+    EXPECT_EQ(bare.GetEndFrame(), 0);
+}
+
+TEST(trBaseMisc, BundlesAndTheirEnd)
+{
+    Tree t;
+    Probe *hub = t.Add(&t.root, "hub");
+    Probe *x = t.Add(&t.root, "x");
+    Probe *y = t.Add(&t.root, "y");
+    x->SetBundledWith(hub);
+    y->SetBundledWith(hub);
+    EXPECT_EQ(hub->GetBundledNodeList(), std::list<trBase *>({x, y}));
+    x->SetBundledWith(y);
+    EXPECT_EQ(hub->GetBundledNodeList(), std::list<trBase *>({y}));
+    EXPECT_EQ(x->GetBundledWith(), y);
+    t.root.DestroyChild(trString("y")); // x is left bundled with nothing
+    EXPECT_EQ(x->GetBundledWith(), nullptr);
+    EXPECT_TRUE(hub->GetBundledNodeList().empty());
+}
+
+class UserMade : public Probe {
+public:
+    long OnUserCreate(unsigned char arg) override { return arg == 1 ? 5 : 6; }
+};
+
+TEST(trBaseMisc, UserCreateReportsToUndoOnlyForArgumentOne)
+{
+    static std::vector<trBase *> created;
+    created.clear();
+    trUndoNodeCreation = [](std::vector<trBase *> &nodes) { created.insert(created.end(), nodes.begin(), nodes.end()); };
+    UserMade n;
+    EXPECT_EQ(n.UserCreate(0), 6);
+    EXPECT_TRUE(created.empty());
+    EXPECT_EQ(n.UserCreate(1), 5);
+    EXPECT_EQ(created, std::vector<trBase *>({&n}));
+    trUndoNodeCreation = nullptr;
+    Probe plain;
+    EXPECT_EQ(plain.UserCreate(1), 1);
+    EXPECT_EQ(plain.OnUserDestroy(), 1);
+    EXPECT_TRUE(plain.CanUserDestroy());
+}
+
+} // namespace

@@ -1,0 +1,369 @@
+#include "nodes/trParamHint.h"
+
+#include "foundation/trRand.h"
+#include "nodes/KMMessenger.h"
+#include "nodes/trBase.h"
+#include "nodes/trGuiPushButton.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <string>
+#include <vector>
+
+namespace {
+
+// Base entries 0 to 7 are the same on every node; a class's own start at 8.
+constexpr long kFirstOwnParam = 8;
+
+long IndexOf(trBase const &node, char const *name)
+{
+    long index = -1;
+    EXPECT_TRUE(node.FindParam(index, name)) << name;
+    return index;
+}
+
+// Records the messages a node sends.
+class HintTestListener : public Kellmere::KMMessenger {
+public:
+    void ReceiveAMessage(Kellmere::KMMessenger *, Kellmere::KMMessage &message) override
+    {
+        codes.push_back(message.Code());
+        indices.push_back(message.Data() ? *static_cast<long const *>(message.Data()) : -1);
+    }
+    std::vector<unsigned long> codes;
+    std::vector<long> indices;
+};
+
+// A string for each style, a seed and a button.
+class HintTestNode : public trBase {
+public:
+    HintTestNode()
+    {
+        readOnlyHint.SetStyleFlags(trStringHint::StyleReadOnly);
+        multiLineHint.SetStyleFlags(trStringHint::StyleMultiLine);
+        transientHint.SetStyleFlags(trStringHint::StyleTransient);
+        Param(plain, "plain_text", trString("a"), &plainHint);
+        Param(readOnly, "read_only_text", trString("b"), &readOnlyHint);
+        Param(multiLine, "multi_line_text", trString("c"), &multiLineHint);
+        Param(transient, "transient_text", trString("d"), &transientHint);
+        Param(seed, "seed", 7L);
+        PushButton(seedButton, "new_seed");
+    }
+    void OnParamChanged(long index, trBase *who) override
+    {
+        changedIndices.push_back(index);
+        changedWho.push_back(who);
+        trBase::OnParamChanged(index, who);
+    }
+
+    trStringHint plainHint, readOnlyHint, multiLineHint, transientHint;
+    trString plain, readOnly, multiLine, transient;
+    long seed = 0;
+    trRandomSeedGuiPushButton seedButton;
+    std::vector<long> changedIndices;
+    std::vector<trBase *> changedWho;
+};
+
+} // namespace
+
+TEST(trParamHintTest, IntHintSettingsAreParametersReadableByName)
+{
+    trIntHint hint;
+    // Declared in this order after the base entries.
+    EXPECT_EQ(IndexOf(hint, "do_range"), kFirstOwnParam);
+    EXPECT_EQ(IndexOf(hint, "do_menu"), kFirstOwnParam + 1);
+    EXPECT_EQ(IndexOf(hint, "min_value"), kFirstOwnParam + 2);
+    EXPECT_EQ(IndexOf(hint, "max_value"), kFirstOwnParam + 3);
+    EXPECT_EQ(hint.NumParams(), kFirstOwnParam + 4);
+    EXPECT_EQ(hint.ParamType(kFirstOwnParam), trParamBool);
+    EXPECT_EQ(hint.ParamType(kFirstOwnParam + 2), trParamInt);
+
+    unsigned char b = 9;
+    long v = -1;
+    EXPECT_EQ(hint.GetParam("do_range", b), 1);
+    EXPECT_EQ(b, 0);
+    EXPECT_EQ(hint.GetParam("do_menu", b), 1);
+    EXPECT_EQ(b, 0);
+    EXPECT_EQ(hint.GetParam("min_value", v), 1);
+    EXPECT_EQ(v, 0);
+    EXPECT_EQ(hint.GetParam("max_value", v), 1);
+    EXPECT_EQ(v, 10);
+
+    // The range set through the generic write reaches the typed accessors, and back.
+    EXPECT_EQ(hint.SetParam("max_value", 250L, trWhoSystem), 1);
+    EXPECT_EQ(hint.MaxValue(), 250);
+    hint.SetRange(-3, 4);
+    EXPECT_EQ(hint.GetParam("min_value", v), 1);
+    EXPECT_EQ(v, -3);
+    EXPECT_EQ(hint.GetParam("do_range", b), 1);
+    EXPECT_EQ(b, 1);
+
+    // Integer settings take the default hint, booleans none.
+    EXPECT_EQ(hint.ParamHint(kFirstOwnParam + 2), static_cast<void *>(&trDefaultIntHint));
+    EXPECT_EQ(hint.ParamHint(kFirstOwnParam), nullptr);
+    // The default hint built at load points at itself.
+    EXPECT_EQ(trDefaultIntHint.ParamHint(kFirstOwnParam + 3), static_cast<void *>(&trDefaultIntHint));
+    EXPECT_EQ(trDefaultIntHint.MaxValue(), 10);
+}
+
+TEST(trParamHintTest, MenuOfValuesFiveOneNine)
+{
+    trIntHint hint;
+    hint.SetRange(3, 4);
+    EXPECT_EQ(hint.SetMenuItemTextAndValue(0, "Five", 5), 1);
+    EXPECT_EQ(hint.SetMenuItemTextAndValue(1, "One", 1), 1);
+    EXPECT_EQ(hint.SetMenuItemTextAndValue(2, "Nine", 9), 1);
+
+    EXPECT_LE(hint.MinValue(), 1);
+    EXPECT_GE(hint.MaxValue(), 9);
+    // The bounds only widen: 3..4 became exactly 1..9.
+    EXPECT_EQ(hint.MinValue(), 1);
+    EXPECT_EQ(hint.MaxValue(), 9);
+    EXPECT_FALSE(hint.DoRange());
+    EXPECT_TRUE(hint.DoMenu());
+
+    EXPECT_EQ(hint.NumMenuItems(), 3);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(9), 2);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(5), 0);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(7), -1);
+    EXPECT_EQ(hint.ValueFromMenuItemIndex(1), 1);
+    EXPECT_EQ(hint.MenuItemTextFromIndex(2), trString("Nine"));
+
+    // Reordering the texts keeps each value findable: a saved value survives.
+    hint.SetMenuItemTextAndValue(0, "Nine", 9);
+    hint.SetMenuItemTextAndValue(2, "Five", 5);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(9), 0);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(5), 2);
+
+    // First match wins when a value repeats.
+    hint.AddMenuItem("Also nine", 9);
+    EXPECT_EQ(hint.NumMenuItems(), 4);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(9), 0);
+
+    hint.ClearMenu();
+    EXPECT_EQ(hint.NumMenuItems(), 0);
+    EXPECT_EQ(hint.MenuItemIndexFromValue(9), -1);
+}
+
+TEST(trParamHintTest, MenuItemTextDefaultsAndGaps)
+{
+    trIntHint hint;
+    hint.SetMenuItemText(0, "Zero");
+    hint.SetMenuItemTextAndValue(1, "Hundred", 100);
+    EXPECT_EQ(hint.ValueFromMenuItemIndex(0), 0);
+    // Renaming an item keeps its value.
+    hint.SetMenuItemText(1, "Century");
+    EXPECT_EQ(hint.ValueFromMenuItemIndex(1), 100);
+    EXPECT_EQ(hint.MenuItemTextFromIndex(1), trString("Century"));
+
+    // A skipped item exists, empty, with its index as value.
+    hint.SetMenuItemTextAndValue(4, "Four hundred", 400);
+    EXPECT_EQ(hint.NumMenuItems(), 5);
+    EXPECT_EQ(hint.MenuItemTextFromIndex(3), trString(""));
+    EXPECT_EQ(hint.ValueFromMenuItemIndex(3), 3);
+    EXPECT_EQ(hint.MaxValue(), 400);
+}
+
+TEST(trParamHintTest, BadMenuIndicesReportAndChangeNothing)
+{
+    trIntHint hint;
+    hint.SetRange(0, 5);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(hint.SetMenuItemTextAndValue(-1, "Bad", 50), 0);
+    std::string const err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find("ERROR: trIntHint: First menu item must have index 0, and the rest must be ordered "
+                       "consecutively."),
+              std::string::npos)
+        << err;
+    EXPECT_EQ(hint.NumMenuItems(), 0);
+    EXPECT_EQ(hint.MaxValue(), 5); // the value of a refused item isn't taken into the range
+    EXPECT_TRUE(hint.DoMenu());    // the switch to a menu comes first
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(hint.ValueFromMenuItemIndex(0), -1);
+    EXPECT_EQ(hint.MenuItemTextFromIndex(-2), trString(""));
+    std::string const err2 = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err2.find("No menu item at index -2"), std::string::npos) << err2;
+}
+
+TEST(trParamHintTest, DoubleHintSettingsAndDefaults)
+{
+    trDoubleHint hint;
+    char const *names[] = {"min_value", "max_value", "focus_value", "focus_power", "do_extended_lower",
+                           "do_extended_upper"};
+    for (long i = 0; i < 6; ++i)
+        EXPECT_EQ(IndexOf(hint, names[i]), kFirstOwnParam + i);
+    double v = -1;
+    unsigned char b = 9;
+    EXPECT_EQ(hint.GetParam("min_value", v), 1);
+    EXPECT_EQ(v, 0.0);
+    EXPECT_EQ(hint.GetParam("focus_value", v), 1);
+    EXPECT_EQ(v, 0.0);
+    EXPECT_EQ(hint.GetParam("max_value", v), 1);
+    EXPECT_EQ(v, 1.0);
+    EXPECT_EQ(hint.GetParam("focus_power", v), 1);
+    EXPECT_EQ(v, 1.0);
+    EXPECT_EQ(hint.GetParam("do_extended_upper", b), 1);
+    EXPECT_EQ(b, 0);
+    // Reals take the default real hint.
+    EXPECT_EQ(hint.ParamHint(kFirstOwnParam + 1), static_cast<void *>(&trDefaultDoubleHint));
+    EXPECT_EQ(trDefaultDoubleHint.ParamHint(kFirstOwnParam), static_cast<void *>(&trDefaultDoubleHint));
+
+    hint.SetRange(-2.5, 40);
+    hint.SetFocus(1, 3);
+    hint.SetExtended(false, true);
+    EXPECT_EQ(hint.GetParam("max_value", v), 1);
+    EXPECT_EQ(v, 40.0);
+    EXPECT_EQ(hint.GetParam("focus_power", v), 1);
+    EXPECT_EQ(v, 3.0);
+    EXPECT_EQ(hint.GetParam("do_extended_upper", b), 1);
+    EXPECT_EQ(b, 1);
+    EXPECT_EQ(hint.SetParam("min_value", -7.0, trWhoSystem), 1);
+    EXPECT_EQ(hint.MinValue(), -7.0);
+}
+
+TEST(trParamHintTest, StyleFlagsOfStringsAndColours)
+{
+    trStringHint s;
+    trFColHint c;
+    long v = -1;
+    EXPECT_EQ(s.GetParam("string_style_flags", v), 1);
+    EXPECT_EQ(v, 0);
+    s.SetStyleFlags(trStringHint::StyleMultiLine | trStringHint::StyleTransient);
+    EXPECT_EQ(s.GetParam("string_style_flags", v), 1);
+    EXPECT_EQ(v, 6);
+    EXPECT_EQ(s.SetParam("string_style_flags", 1L, trWhoSystem), 1);
+    EXPECT_EQ(s.GetStyleFlags(), 1);
+    EXPECT_EQ(long(trStringHint::StyleNotSavedMask), 5);
+
+    EXPECT_EQ(c.GetParam("fcol_style_flags", v), 1);
+    EXPECT_EQ(v, 0);
+    c.SetStyleFlags(trFColHint::StyleAboveOne);
+    EXPECT_EQ(c.GetParam("fcol_style_flags", v), 1);
+    EXPECT_EQ(v, 1);
+}
+
+TEST(trParamHintTest, StringStyleDecidesSavingFromDeclaration)
+{
+    HintTestNode node;
+    EXPECT_TRUE(node.GetParamShouldBeSaved(IndexOf(node, "plain_text")));
+    EXPECT_FALSE(node.GetParamShouldBeSaved(IndexOf(node, "read_only_text")));
+    EXPECT_TRUE(node.GetParamShouldBeSaved(IndexOf(node, "multi_line_text")));
+    EXPECT_FALSE(node.GetParamShouldBeSaved(IndexOf(node, "transient_text")));
+    EXPECT_EQ(node.ParamHint(IndexOf(node, "read_only_text")), static_cast<void *>(&node.readOnlyHint));
+}
+
+TEST(trParamHintTest, LinkHintFlagsFiltersAndValidation)
+{
+    trLinkHint hint;
+    EXPECT_EQ(IndexOf(hint, "is_image_file_flag"), kFirstOwnParam);
+    EXPECT_EQ(IndexOf(hint, "is_object_file_flag"), kFirstOwnParam + 2);
+    unsigned char b = 9;
+    EXPECT_EQ(hint.GetParam("is_heightfield_file_flag", b), 1);
+    EXPECT_EQ(b, 0);
+    hint.SetIsHeightfieldFile(true);
+    EXPECT_EQ(hint.GetParam("is_heightfield_file_flag", b), 1);
+    EXPECT_EQ(b, 1);
+    EXPECT_FALSE(hint.GetIsImageFile());
+    EXPECT_EQ(hint.SetParam("is_object_file_flag", static_cast<unsigned char>(1), trWhoSystem), 1);
+    EXPECT_TRUE(hint.GetIsObjectFile());
+
+    hint.AddFileFilter("TIFF images", " *.tif ; *.tiff;;");
+    hint.AddGenericFileFilter();
+    hint.AddFileFilter("Anything", std::vector<trString>{"*"});
+    ASSERT_EQ(hint.GetNumFileFilters(), 3);
+    trString description;
+    std::vector<trString> patterns;
+    EXPECT_EQ(hint.GetFileFilterAtIndex(0, description, patterns), 1);
+    EXPECT_EQ(description, trString("TIFF images"));
+    ASSERT_EQ(patterns.size(), 2u);
+    EXPECT_EQ(patterns[0], trString("*.tif"));
+    EXPECT_EQ(patterns[1], trString("*.tiff"));
+    EXPECT_EQ(hint.GetFileFilterAtIndex(1, description, patterns), 1);
+    EXPECT_EQ(description, trString("GENERIC"));
+    EXPECT_TRUE(patterns.empty());
+
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(hint.GetFileFilterAtIndex(3, description, patterns), 0);
+    std::string const err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find("trLinkHint::GetFileFilterAtIndex"), std::string::npos);
+    EXPECT_EQ(description, trString(""));
+
+    EXPECT_TRUE(hint.IsFileValid("anything.txt")); // no function: all valid
+    EXPECT_FALSE(hint.GetFileValidationFunc());
+    std::function<bool(trString const &)> onlyTer = [](trString const &p) {
+        return p.length >= 4 && std::string(p.chars + p.length - 4) == ".ter";
+    };
+    hint.SetFileValidationFunc(onlyTer);
+    EXPECT_TRUE(hint.IsFileValid("hills.ter"));
+    EXPECT_FALSE(hint.IsFileValid("hills.tif"));
+    EXPECT_TRUE(hint.GetFileValidationFunc()("a.ter"));
+}
+
+TEST(trGuiPushButtonTest, DeclaredButtonKnowsOwnerAndSwitchesState)
+{
+    HintTestNode node;
+    trRandomSeedGuiPushButton &button = node.seedButton;
+    EXPECT_EQ(button.Owner(), &node);
+    EXPECT_EQ(button.Name(), trString("new_seed"));
+    EXPECT_EQ(button.Label(), trString("Random Seed"));
+    EXPECT_EQ(button.TargetParamName(), trString("seed"));
+    EXPECT_EQ(button.Width(), 100);
+    EXPECT_EQ(button.Height(), 20);
+    EXPECT_EQ(button.Style(), 0);
+
+    long const index = IndexOf(node, "new_seed");
+    EXPECT_EQ(node.ParamType(index), trParamPushButton);
+    HintTestListener listener;
+    listener.ListenTo(&node);
+    button.Disable();
+    EXPECT_FALSE(node.IsParamGuiEnabled(index));
+    button.Enable();
+    EXPECT_TRUE(node.IsParamGuiEnabled(index));
+    ASSERT_EQ(listener.codes.size(), 2u);
+    EXPECT_EQ(listener.codes[0], 25006u);
+    EXPECT_EQ(listener.codes[1], 25005u);
+    EXPECT_EQ(listener.indices[0], index);
+    EXPECT_EQ(listener.indices[1], index);
+    listener.StopListeningTo(&node);
+
+    // A button never declared has no owner: a message, no crash.
+    trGuiPushButton loose("Loose");
+    testing::internal::CaptureStderr();
+    loose.Disable();
+    loose.OnClick();
+    std::string const err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find("has no owner"), std::string::npos);
+}
+
+TEST(trGuiPushButtonTest, RandomSeedButtonSetsAFreshSeed)
+{
+    HintTestNode node;
+    long const seedIndex = IndexOf(node, "seed");
+    for (int click = 0; click < 20; ++click) {
+        node.changedIndices.clear();
+        node.changedWho.clear();
+        node.seedButton.OnClick();
+        EXPECT_GE(node.seed, 0);
+        EXPECT_LE(node.seed, 0xffff);
+        // Forced: the handler runs once per click, even if the draw repeats the value.
+        ASSERT_EQ(node.changedIndices.size(), 1u);
+        EXPECT_EQ(node.changedIndices[0], seedIndex);
+        EXPECT_EQ(node.changedWho[0], trWhoUserIndirect);
+    }
+
+    // RandomInt reseeds with the time plus one draw and takes the next draw's low 16 bits.
+    // The clock may tick in between, so allow a few tries.
+    bool matched = false;
+    for (int attempt = 0; attempt < 5 && !matched; ++attempt) {
+        trRand copy = trGlobalRand;
+        unsigned long const now = static_cast<unsigned long>(std::time(nullptr));
+        copy.Seed(now + copy.Int());
+        long const expected = long(copy.Int() & 0xffff);
+        long const before = node.seed;
+        matched = node.seedButton.RandomInt() == expected;
+        EXPECT_EQ(node.seed, before); // nothing is set
+    }
+    EXPECT_TRUE(matched);
+}
