@@ -161,6 +161,31 @@ void BM_CreateObject100kUnder100Parents(benchmark::State &state)
 }
 BENCHMARK(BM_CreateObject100kUnder100Parents)->Unit(benchmark::kMillisecond)->Iterations(1);
 
+// The same with every child of one class, so that each new node is numbered after
+// up to 999 siblings of its own class.
+void BM_CreateObject100kUnder100ParentsOneClass(benchmark::State &state)
+{
+    RegisterBenchClasses();
+    constexpr int kParents = 100;
+    constexpr int kPerParent = 1000;
+    trString const childClass("bench_node");
+    for (auto _ : state) {
+        std::vector<trBase *> parents;
+        for (int p = 0; p < kParents; ++p) {
+            trBase *parent = trCreateObject(childClass, nullptr, 1);
+            for (int c = 0; c < kPerParent; ++c)
+                trCreateObject(childClass, parent, 1);
+            parents.push_back(parent);
+        }
+        state.PauseTiming();
+        for (trBase *parent : parents)
+            trDestroyObject(parent);
+        state.ResumeTiming();
+    }
+    state.SetItemsProcessed(state.iterations() * kParents * kPerParent);
+}
+BENCHMARK(BM_CreateObject100kUnder100ParentsOneClass)->Unit(benchmark::kMillisecond)->Iterations(1);
+
 // Children of one class under one parent: each takes the first free number, so the
 // naming cost grows with the number of siblings of the same class.
 void BM_CreateObjectSameClassSiblings(benchmark::State &state)

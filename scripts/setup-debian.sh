@@ -13,6 +13,11 @@ packages=(
     googletest libgtest-dev libbenchmark-dev
     # independent noise implementations the benchmarks compare against
     libglm-dev libnoise-dev
+    # project files: XML stream parsing and blob compression
+    libexpat1-dev zlib1g-dev
+    # image files: FreeImage for reading, OpenEXR and libtiff for the writer plug-ins,
+    # and ImageMagick as the independent program the image tests compare against
+    libfreeimage-dev libopenexr-dev libtiff-dev imagemagick
 )
 
 missing=()

@@ -26,3 +26,15 @@
 #include "noise/trNoise.h"
 #include "noise/trVoronoi.h"
 #include "noise/trNoiseInst.h"
+
+// Node system
+#include "nodes/KMMessenger.h"
+#include "nodes/trDestructionNotifier.h"
+#include "nodes/trUndo.h"
+#include "nodes/trBase.h"
+#include "nodes/trParamHint.h"
+#include "nodes/trGuiPushButton.h"
+#include "nodes/trGuiAction.h"
+#include "nodes/trFile.h"
+#include "nodes/trClassPool.h"
+#include "nodes/trPlugin.h"

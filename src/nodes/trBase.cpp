@@ -191,6 +191,65 @@ bool NameClashes(trBase *node, trString const &text)
     return parent && parent->NodeInScope(text, node, nullptr) != nullptr;
 }
 
+// The number n that "base" + n printed with "%02d" would carry in a child of this node's
+// scope, or 0 when the name doesn't have that form.
+long NumberAfterBase(trString const &childName, trString const &base)
+{
+    if (childName.length < base.length + 2 || childName.length > base.length + 18 ||
+        std::memcmp(childName.chars, base.chars, size_t(base.length)) != 0)
+        return 0;
+    char const *digits = childName.chars + base.length;
+    // "%02d" prints two digits below 100 and no leading zero from 100 on.
+    if (childName.length - base.length > 2 && digits[0] == '0')
+        return 0;
+    long n = 0;
+    for (char const *c = digits; *c; ++c) {
+        if (*c < '0' || *c > '9')
+            return 0;
+        n = n * 10 + (*c - '0');
+    }
+    return n;
+}
+
+// The first n from 1 for which "base" + n doesn't clash. Gives what trying 1, 2, 3 ...
+// against NameClashes gives, in one pass over the scope instead of one pass a number.
+long FirstFreeNumber(trBase *node, trString const &base)
+{
+    long scopeSize = node->NumChildren();
+    for (trBase *level = node->Parent(); level; level = level->Parent())
+        scopeSize += level->NumChildren();
+    // Only numbers up to scopeSize + 1 can be the answer.
+    std::vector<char> taken(size_t(scopeSize + 2), 0);
+    auto mark = [&](long n) {
+        if (n > 0 && n <= scopeSize + 1)
+            taken[size_t(n)] = 1;
+    };
+    for (long i = 0, count = node->NumChildren(); i < count; ++i) {
+        trBase *c = node->Child(i);
+        if (c != node)
+            mark(NumberAfterBase(c->name, base));
+    }
+    // At each level above, only the first child of a name counts, and it clashes unless
+    // it is the node itself.
+    std::vector<char> seen;
+    for (trBase *level = node->Parent(); level; level = level->Parent()) {
+        seen.assign(taken.size(), 0);
+        for (long i = 0, count = level->NumChildren(); i < count; ++i) {
+            trBase *c = level->Child(i);
+            long n = NumberAfterBase(c->name, base);
+            if (n <= 0 || n > scopeSize + 1 || seen[size_t(n)])
+                continue;
+            seen[size_t(n)] = 1;
+            if (c != node)
+                taken[size_t(n)] = 1;
+        }
+    }
+    long n = 1;
+    while (taken[size_t(n)])
+        ++n;
+    return n;
+}
+
 trString MakeUnique(trBase *node, trString text)
 {
     if (text.length == 0)
@@ -804,12 +863,8 @@ void trBase::SetName(trString text)
     if (text.EndsWith(trString("%02d"), false)) {
         trString const base = text.SubString(0, int(text.length - 4));
         char number[32];
-        for (long n = 1;; ++n) {
-            std::snprintf(number, sizeof number, "%02ld", n);
-            text = base + number;
-            if (!NameClashes(this, text))
-                break;
-        }
+        std::snprintf(number, sizeof number, "%02ld", FirstFreeNumber(this, base));
+        text = base + number;
     } else {
         text = MakeUnique(this, text);
     }

@@ -86,6 +86,56 @@ TEST(trBaseNames, OwnChildrenAndEverythingInScopeClash)
     EXPECT_FALSE(lone.root.ClassExistsInTree(-1L, nullptr, nullptr));
 }
 
+// The first free number, by the clash rule tried one number at a time.
+long FirstFreeByTrying(trBase *node, char const *base)
+{
+    for (long n = 1;; ++n) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%s%02ld", base, n);
+        trString candidate(text);
+        bool clash = false;
+        for (long i = 0; i < node->NumChildren(); ++i)
+            clash = clash || (node->Child(i) != node && node->Child(i)->name == candidate);
+        if (node->Parent() && node->Parent()->NodeInScope(candidate, node, nullptr))
+            clash = true;
+        if (!clash)
+            return n;
+    }
+}
+
+TEST(trBaseNames, NumberedNamesTakeTheFirstFreeNumberInScope)
+{
+    Tree t;
+    t.Add(&t.root, "N 01");
+    Probe *three = t.Add(&t.root, "N 03");
+    t.Add(&t.root, "N 1");   // not the printed form of a number
+    t.Add(&t.root, "N 002"); // nor this
+    Probe *p = t.Add(&t.root, "P");
+    t.Add(p, "N 02");
+    Probe *target = t.Add(p, "T");
+    t.Add(target, "N 04"); // the node's own children clash too
+    target->SetName(trString("N %02d"));
+    EXPECT_EQ(Str(target->name), "N 05");
+
+    EXPECT_EQ(t.root.DestroyChild(trString("N 03")), 1);
+    (void)three;
+    target->SetName(trString("T"));
+    target->SetName(trString("N %02d"));
+    EXPECT_EQ(Str(target->name), "N 03");
+
+    // A sibling of the same number seen first at a level above doesn't count when it is
+    // the node itself: renaming to the same pattern keeps a free number.
+    for (int round = 0; round < 40; ++round) {
+        Probe *n = t.Add(round % 3 ? p : &t.root, nullptr);
+        long expected = FirstFreeByTrying(n, "Core tree probe ");
+        char text[64];
+        std::snprintf(text, sizeof text, "Core tree probe %02ld", expected);
+        n->SetName(trString("x"));
+        n->SetName(trString("Core tree probe %02d"));
+        ASSERT_EQ(Str(n->name), text) << "round " << round;
+    }
+}
+
 TEST(trBaseNames, PathsAndNodeByPath)
 {
     Tree t;
