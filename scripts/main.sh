@@ -7,4 +7,6 @@ cmake -S . -B "$build" -G Ninja
 cmake --build "$build"
 # The command-line host lists the classes of the reference plug-ins it loads.
 "$build/bin/ostrel" classes
+# It reads the example project and prints its node tree, links and animation keys.
+"$build/bin/ostrel" info examples/valley.svd
 "$build/bench/ostrel_bench" --quick

@@ -9,6 +9,7 @@
 #include "nodes/trGuiPushButton.h"
 #include "nodes/trParamHint.h"
 #include "nodes/trPlugin.h"
+#include "nodes/trProjectFile.h"
 
 namespace {
 
@@ -105,6 +106,7 @@ public:
 };
 
 // A heightfield-like node, to show the simplified display name under heightfield/.
+// Its input was once called "input_heightfield", which old projects still hold.
 class ReferenceTerrain : public trBase {
 public:
     ReferenceTerrain()
@@ -113,11 +115,20 @@ public:
         Param(size, "size", trVector(1000.0, 0.0, 1000.0));
         Param(amplitude, "amplitude", 100.0);
         Param(resolution, "resolution", 256L);
+        inputNode.SetIsExternal(true);
+        Param(inputNode, "input_node", trString(), &Hints().inputLink);
     }
+
+    long SetParamFromString(char const *paramName, trString const &text, trBase *who) override
+    {
+        return trSetParamFromStringRetired(*this, paramName, text, who);
+    }
+    using trBase::SetParamFromString;
 
     trVector size;
     double amplitude = 0.0;
     long resolution = 0;
+    trNodeLink inputNode;
 };
 
 // A plain grouping node with no parameters of its own.

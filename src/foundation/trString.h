@@ -248,10 +248,13 @@ private:
     }
     void AppendBytes(char const *text, long n)
     {
+        if (n <= 0)
+            return;
         long const total = length + n;
+        // Below 31 bytes the text always fits where it is (inline, or a larger block).
         if (total < ms_maxSmallStringSize) {
-            std::memmove(buffer + length, text, static_cast<std::size_t>(n));
-            buffer[total] = 0;
+            std::memmove(chars + length, text, static_cast<std::size_t>(n));
+            chars[total] = 0;
             length = total;
         } else {
             AppendSlow(text, n);

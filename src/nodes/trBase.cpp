@@ -267,11 +267,6 @@ trString CircularText(trBase const *target, trBase const *owner, long index)
 
 } // namespace
 
-// Until the animation module is linked in, no record holds curves.
-__attribute__((weak)) void trDestroyParamAnim(trAnimate *)
-{
-}
-
 // ---------------------------------------------------------------------------------
 // trParamReport
 
@@ -1072,7 +1067,9 @@ long trBase::SetParam(long index, trString const &value, trBase *who)
             trInfoMsg(CircularText(target, this, index));
             return 0;
         }
-        changed = target != link.LinkedNode(true);
+        // A new text that resolves to nothing yet counts as a change too: a link read
+        // before its target exists notifies at the read and again when it resolves.
+        changed = target != link.LinkedNode(true) || (!target && text != old);
     } else {
         changed = text != old;
     }
@@ -1967,11 +1964,14 @@ trAnimate *trBase::ParamAnim(long index) const
     return r ? r->anim : nullptr;
 }
 
-// Keys and curves come with the animation module; without curves nothing changes.
-long trBase::UpdateParamFromAnim(long index, double const &)
+// The rest of the animation members live in trBaseAnimation.cpp.
+
+unsigned char trBase::AnimUpdateGuard() const
 {
-    trParamRecord const *r = ParamRecord(index);
-    if (!r || !r->anim)
-        return 0;
-    return 0;
+    return d->animUpdateGuard;
+}
+
+void trBase::SetAnimUpdateGuard(unsigned char guard)
+{
+    d->animUpdateGuard = guard;
 }

@@ -346,9 +346,42 @@ public:
     bool IsRegistered() const;
     void SetRegisteredClassId(long id);
 
-    // ---- Animation (keys and curves come with the animation module) ----
+    // ---- Animation ----
+    // Keys stand at whole frames: the frame is rounded with floor(f + 0.5). Components
+    // are 0, 1, 2; SetParamKey alone also takes -1 for every component of the type.
+    // The last argument of SetParamKey, SetParamKeyWithValue and RemoveParamKey: when
+    // nonzero, the node's parameter report hears of the change.
+    // 1 if a key was made.
+    long SetParamKey(long index, int component, double const &frame, int notify);
+    // The value of component c is value.x, .y or .z for c = 0, 1, 2.
+    long SetParamKeyWithValue(long index, int component, trVector &value, double const &frame, int notify);
+    long RemoveParamKey(long index, int component, double const &frame, int notify);
+    // Removes every key of one component.
+    long RemoveParamKey(long index, int component);
+    long SetParamKeyIfKeyedAtCurrentFrame(long index);
+    long SetParamKeyIfAnimated(long index);
+    long SetParamKeyIfPreferred(long index);
+    // 0 for a parameter without curves or an invalid component.
+    int GetParamComponentInterpolationMode(long index, int component);
+    long SetParamComponentInterpolationMode(long index, int component, int mode);
+    bool IsParamKeyedAtFrame(long index, int component, double const &frame, double const &tolerance);
+    bool IsParamAnimated(long index);
+    bool IsParamComponentAnimated(long index, int component);
     trAnimate *ParamAnim(long index) const;
+    long DeleteParamAnim(long index);
+    void ReportParamAnimChanged(long index, trBase *who);
+    // Writes the curves' value at the frame into the parameter. 1 if anything was done.
     long UpdateParamFromAnim(long index, double const &frame);
+    // Every parameter, then every child, recursively; gives the number of updates.
+    long UpdateAllFromAnim(double const &frame);
+    // Keys every whole frame of [first, last] on every animated parameter; gives the
+    // number of parameters baked.
+    long BakeAnimation(long first, long last, bool withChildren);
+    // Imports a motion text file: lines of a frame and a value in the parameter's text form.
+    long ReadParamFile(long index, char const *path);
+    // 0 while a parameter write comes from animation.
+    unsigned char AnimUpdateGuard() const;
+    void SetAnimUpdateGuard(unsigned char guard);
 
 protected:
     // Appends an entry and returns its index.
@@ -359,8 +392,7 @@ private:
     trBasePrivate *d;
 };
 
-// Frees a parameter's animation curves. The animation module supplies it; until then
-// no record holds any.
+// Frees a parameter's animation curves.
 void trDestroyParamAnim(trAnimate *anim);
 
 // The child list of a node: a fixed table of 65,536 slots, allocated on first use.

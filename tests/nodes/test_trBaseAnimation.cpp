@@ -1,0 +1,622 @@
+// Animation through the node: keys on parameters, evaluation written into them, baking,
+// motion files, the manager's view of it all, and the host's undo records.
+
+#include "test_trBaseSupport.h"
+
+#include "nodes/trAnimate.h"
+#include "nodes/trAnimationManager.h"
+#include "nodes/trUndoData.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+// A root that carries the frame parameters, and a file parameter for sequences.
+class AnimScene : public Probe {
+public:
+    double currentFrame = 0.0;
+    trFileForRead image;
+    long iFrame, iImage;
+    int guardSeen = -1;
+    AnimScene()
+    {
+        iFrame = Param(currentFrame, "current_frame", 0.0);
+        iImage = Param(image, "image_file", trString("sky.png"));
+    }
+    void OnParamChanged(long index, trBase *who) override
+    {
+        if (index != iFrame)
+            guardSeen = AnimUpdateGuard();
+        Probe::OnParamChanged(index, who);
+    }
+};
+
+long SceneClass()
+{
+    long id = -1;
+    if (trClasses.FindClassIdFromClassName(id, trString("test_anim_scene")))
+        return id;
+    trClasses.AddClass(trString("test/"), trString("test_anim_scene"), []() -> trBase * { return new AnimScene; },
+                       [](trBase *n) { delete n; }, trString());
+    trClasses.FindClassIdFromClassName(id, trString("test_anim_scene"));
+    return id;
+}
+
+std::string TempPath(char const *tag)
+{
+    return std::string("/tmp/ostrel_anim_") + tag + "_" + std::to_string(long(getpid())) + ".txt";
+}
+
+// Writes a motion file and removes it at the end of the test.
+class MotionFile {
+public:
+    MotionFile(char const *tag, std::string const &text) : path(TempPath(tag))
+    {
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    ~MotionFile() { std::remove(path.c_str()); }
+    char const *Path() const { return path.c_str(); }
+
+private:
+    std::string path;
+};
+
+// Records the generic undo hook's calls under a chosen token code.
+class UndoCapture {
+public:
+    explicit UndoCapture(trUndoOperation code)
+    {
+        Current() = this;
+        Token() = trUndoToken(code);
+        trUndoCopyCurrentUndoToken = []() { return Token(); };
+        trUndoGeneric = [](trUndoOperationData *data) { Current()->records.emplace_back(data); };
+    }
+    ~UndoCapture()
+    {
+        trUndoCopyCurrentUndoToken = nullptr;
+        trUndoGeneric = nullptr;
+        Current() = nullptr;
+    }
+    UndoCapture(UndoCapture const &) = delete;
+    UndoCapture &operator=(UndoCapture const &) = delete;
+
+    std::vector<std::unique_ptr<trUndoOperationData>> records;
+
+private:
+    static UndoCapture *&Current()
+    {
+        static UndoCapture *current = nullptr;
+        return current;
+    }
+    static trUndoToken &Token()
+    {
+        static trUndoToken token;
+        return token;
+    }
+};
+
+// Counts what the manager sends.
+class KeyListener : public Kellmere::KMMessenger {
+public:
+    KeyListener() { ListenTo(trAnimationManager::Instance()); }
+    void ReceiveAMessage(Kellmere::KMMessenger *, Kellmere::KMMessage &m) override
+    {
+        codes.push_back(m.Code());
+        if (m.Code() != trMsgAnimStateChanged)
+            records.push_back(*static_cast<trAnimKeyMessageData *>(m.Data()));
+    }
+    long Count(unsigned long code) const
+    {
+        long n = 0;
+        for (unsigned long c : codes)
+            n += c == code;
+        return n;
+    }
+    std::vector<unsigned long> codes;
+    std::vector<trAnimKeyMessageData> records;
+};
+
+// Counts OnObjectParamAnimChanged.
+class AnimReport : public trParamReport {
+public:
+    void OnObjectParamAnimChanged(trBase *, long index, trBase *) override { changed.push_back(index); }
+    std::vector<long> changed;
+};
+
+TEST(trBaseAnimation, KeysStandAtRoundedFrames)
+{
+    Probe n;
+    n.logging = false;
+    EXPECT_EQ(n.SetParamKey(n.iR, 0, 10.4, 1), 1);
+    trAnimate *a = n.ParamAnim(n.iR);
+    ASSERT_NE(a, nullptr);
+    EXPECT_TRUE(a->UsesMetaKeys());
+    EXPECT_EQ(a->FirstKey(0)->Frame(), 10.0);
+    EXPECT_TRUE(n.IsParamKeyedAtFrame(n.iR, 0, 10.9, 1.0));
+    EXPECT_TRUE(n.IsParamKeyedAtFrame(n.iR, 0, 10.0, 0.0));
+    EXPECT_FALSE(n.IsParamKeyedAtFrame(n.iR, 0, 11.0, 1.0)); // the next whole frame doesn't count
+    EXPECT_FALSE(n.IsParamKeyedAtFrame(n.iR, 1, 10.0, 1.0));
+    n.SetParamKey(n.iR, 0, 10.5, 1);
+    EXPECT_EQ(a->LastKey(0)->Frame(), 11.0);
+    EXPECT_EQ(a->NumKeys(0), 2);
+}
+
+TEST(trBaseAnimation, AKeyTakesThePresentValueAndChangesNothing)
+{
+    Probe n;
+    n.logging = false;
+    n.SetParam(n.iR, 2.0, trWhoUser);
+    n.SetParamKey(n.iR, 0, 0.0, 1);
+    n.SetParam(n.iR, 6.0, trWhoUser);
+    n.SetParamKey(n.iR, 0, 10.0, 1);
+    EXPECT_EQ(n.r, 6.0); // the key at the current frame didn't change the value
+    EXPECT_EQ(n.ParamAnim(n.iR)->FirstKey(0)->Value(), 2.0);
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iR, 10.0), 1);
+    EXPECT_EQ(n.r, 6.0);
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iR, 0.0), 1);
+    EXPECT_EQ(n.r, 2.0);
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iR, 5.0), 1);
+    EXPECT_NEAR(n.r, 4.0, 1e-12);
+}
+
+TEST(trBaseAnimation, GetParamAtAFrameReadsTheCurveAndLeavesTheValue)
+{
+    Probe n;
+    n.logging = false;
+    n.SetParamComponentInterpolationMode(n.iR, 0, trAnimationInterpolationLinear);
+    trVector v0(0, 0, 0), v10(10, 0, 0);
+    n.SetParamKeyWithValue(n.iR, 0, v0, 0.0, 0);
+    n.SetParamKeyWithValue(n.iR, 0, v10, 10.0, 0);
+    n.SetParam(n.iR, 42.0, trWhoUser);
+    double frame = 2.5;
+    double value = 0.0;
+    EXPECT_EQ(n.GetParam(n.iR, value, trWhoSystem, &frame), 1);
+    EXPECT_DOUBLE_EQ(value, 2.5);
+    EXPECT_EQ(n.r, 42.0);
+    float f = 0.0f;
+    n.SetParamKeyWithValue(n.iF, 0, v0, 0.0, 0);
+    n.SetParamKeyWithValue(n.iF, 0, v10, 10.0, 0);
+    frame = 5.0;
+    EXPECT_EQ(n.GetParam(n.iF, f, trWhoSystem, &frame), 1);
+    EXPECT_NEAR(f, 5.0f, 1e-6f);
+}
+
+TEST(trBaseAnimation, IntegersAndBooleansTakeTheRoundedCurve)
+{
+    Probe n;
+    n.logging = false;
+    trVector one(1, 0, 0), two(2, 0, 0), zero(0, 0, 0);
+    n.SetParamKeyWithValue(n.iI, 0, one, 0.0, 0);
+    n.SetParamKeyWithValue(n.iI, 0, two, 10.0, 0);
+    // The two-key TCB curve is 1.5 at the middle: rounded, 2. At frame 4 it is 1.376.
+    n.UpdateParamFromAnim(n.iI, 5.0);
+    EXPECT_EQ(n.i, 2);
+    n.UpdateParamFromAnim(n.iI, 4.0);
+    EXPECT_EQ(n.i, 1);
+    n.UpdateParamFromAnim(n.iI, 6.0);
+    EXPECT_EQ(n.i, 2);
+
+    n.SetParamKeyWithValue(n.iB, 0, zero, 0.0, 0);
+    n.SetParamKeyWithValue(n.iB, 0, one, 10.0, 0);
+    n.UpdateParamFromAnim(n.iB, 4.0);
+    EXPECT_EQ(n.b, 0);
+    n.UpdateParamFromAnim(n.iB, 6.0);
+    EXPECT_EQ(n.b, 1);
+}
+
+TEST(trBaseAnimation, ComponentsAreKeyedAndWrittenIndependently)
+{
+    Probe n;
+    n.logging = false;
+    n.SetParam(n.iC, trManRgb(0, 0.1f, 0.2f, 0.3f), trWhoUser);
+    trVector red0(0, 9, 9), red1(1, 9, 9);
+    n.SetParamComponentInterpolationMode(n.iC, 0, trAnimationInterpolationLinear);
+    n.SetParamKeyWithValue(n.iC, 0, red0, 0.0, 0);
+    n.SetParamKeyWithValue(n.iC, 0, red1, 10.0, 0);
+    EXPECT_TRUE(n.IsParamComponentAnimated(n.iC, 0));
+    EXPECT_FALSE(n.IsParamComponentAnimated(n.iC, 1));
+    n.SetParam(n.iC, trManRgb(0, 0.1f, 0.7f, 0.3f), trWhoUser);
+    int const tag = n.c.ColourSpace;
+    n.UpdateParamFromAnim(n.iC, 5.0);
+    EXPECT_FLOAT_EQ(n.c.r, 0.5f);
+    EXPECT_FLOAT_EQ(n.c.g, 0.7f); // only red has keys
+    EXPECT_FLOAT_EQ(n.c.b, 0.3f);
+    EXPECT_EQ(n.c.ColourSpace, tag);
+
+    // A vector keyed on all components at once, then each on its own curve.
+    n.SetParam(n.iV, trVector(1, 2, 3), trWhoUser);
+    EXPECT_EQ(n.SetParamKey(n.iV, -1, 0.0, 0), 1);
+    trAnimate *a = n.ParamAnim(n.iV);
+    EXPECT_EQ(a->NumKeys(0) + a->NumKeys(1) + a->NumKeys(2), 3);
+    EXPECT_EQ(a->FindMetaKeyForFrame(0.0)->GetComponents(), 7);
+    n.SetParam(n.iV, trVector(10, 20, 30), trWhoUser);
+    EXPECT_EQ(n.SetParamKey(n.iV, 2, 10.0, 0), 1);
+    n.SetParamComponentInterpolationMode(n.iV, 2, trAnimationInterpolationLinear);
+    n.UpdateParamFromAnim(n.iV, 5.0);
+    EXPECT_EQ(n.v.x, 1.0);
+    EXPECT_EQ(n.v.y, 2.0);
+    EXPECT_DOUBLE_EQ(n.v.z, 16.5);
+
+    // A 2-vector takes components 0 and 1 only.
+    EXPECT_EQ(n.SetParamKey(n.iV2, -1, 3.0, 0), 1);
+    EXPECT_EQ(n.ParamAnim(n.iV2)->NumKeys(1), 1);
+    EXPECT_EQ(n.ParamAnim(n.iV2)->NumKeys(2), 0);
+    EXPECT_EQ(n.SetParamKey(n.iV2, 2, 3.0, 0), 0);
+}
+
+TEST(trBaseAnimation, WhatCantBeKeyedIsRefused)
+{
+    Probe n;
+    n.logging = false;
+    EXPECT_EQ(n.SetParamKey(n.iS, 0, 1.0, 0), 0);
+    EXPECT_EQ(n.SetParamKey(n.iP, -1, 1.0, 0), 0);
+    EXPECT_EQ(n.SetParamKey(n.iLink, 0, 1.0, 0), 0);
+    EXPECT_EQ(n.ParamAnim(n.iS), nullptr);
+    EXPECT_EQ(n.SetParamKey(n.iR, 1, 1.0, 0), 0); // a scalar has component 0 only
+    EXPECT_EQ(n.SetParamKey(n.iV, 3, 1.0, 0), 0);
+    EXPECT_EQ(n.SetParamKey(n.iV, -2, 1.0, 0), 0);
+    EXPECT_EQ(n.SetParamKey(999, 0, 1.0, 0), 0);
+    EXPECT_FALSE(n.IsParamAnimated(n.iV));
+    EXPECT_EQ(n.SetParamComponentInterpolationMode(n.iR, 0, 7), 0);
+    EXPECT_EQ(n.SetParamComponentInterpolationMode(n.iR, 3, 1), 0);
+    EXPECT_EQ(n.SetParamComponentInterpolationMode(n.iS, 0, 1), 0);
+    EXPECT_EQ(n.GetParamComponentInterpolationMode(n.iR, 0), 0);
+    EXPECT_EQ(n.RemoveParamKey(n.iR, 0, 1.0, 0), 0);
+    EXPECT_EQ(n.RemoveParamKey(n.iR, 0), 0);
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iR, 1.0), 0);
+    EXPECT_EQ(n.SetParamKeyIfAnimated(n.iR), 0);
+    EXPECT_EQ(n.SetParamKeyIfPreferred(n.iR), 1);
+}
+
+TEST(trBaseAnimation, RemovingKeys)
+{
+    Probe n;
+    n.logging = false;
+    n.SetParamKey(n.iV, -1, 1.0, 0);
+    n.SetParamKey(n.iV, -1, 2.0, 0);
+    EXPECT_EQ(n.RemoveParamKey(n.iV, 1, 1.2, 0), 1);
+    EXPECT_EQ(n.RemoveParamKey(n.iV, 1, 1.0, 0), 0);
+    EXPECT_EQ(n.ParamAnim(n.iV)->NumKeys(1), 1);
+    EXPECT_EQ(n.RemoveParamKey(n.iV, 0), 1);
+    EXPECT_FALSE(n.IsParamComponentAnimated(n.iV, 0));
+    EXPECT_TRUE(n.IsParamAnimated(n.iV));
+    EXPECT_TRUE(trAnimationManager::Instance()->IsParamAnimated(&n, n.iV));
+    n.RemoveParamKey(n.iV, 1);
+    n.RemoveParamKey(n.iV, 2);
+    EXPECT_FALSE(n.IsParamAnimated(n.iV));
+    EXPECT_FALSE(trAnimationManager::Instance()->IsParamAnimated(&n, n.iV));
+    EXPECT_NE(n.ParamAnim(n.iV), nullptr); // the curves keep their modes
+
+    n.SetParamKey(n.iV, 0, 1.0, 0);
+    EXPECT_EQ(n.DeleteParamAnim(n.iV), 1);
+    EXPECT_EQ(n.ParamAnim(n.iV), nullptr);
+    EXPECT_FALSE(trAnimationManager::Instance()->IsNodeAnimated(&n));
+}
+
+TEST(trBaseAnimation, KeyingAtTheCurrentFrame)
+{
+    AnimScene scene;
+    scene.logging = false;
+    scene.currentFrame = 4.0;
+    // Not animated: nothing.
+    EXPECT_EQ(scene.SetParamKeyIfAnimated(scene.iR), 0);
+    EXPECT_EQ(scene.SetParamKeyIfKeyedAtCurrentFrame(scene.iR), 0);
+    EXPECT_EQ(scene.ParamAnim(scene.iR), nullptr);
+
+    scene.SetParamKey(scene.iR, 0, 0.0, 0);
+    scene.SetParam(scene.iR, 3.0, trWhoUser);
+    EXPECT_EQ(scene.SetParamKeyIfKeyedAtCurrentFrame(scene.iR), 0); // no key near frame 4
+    EXPECT_EQ(scene.SetParamKeyIfAnimated(scene.iR), 1);
+    trAnimKey *k = scene.ParamAnim(scene.iR)->FindKeyForFrame(0, 4.0);
+    ASSERT_NE(k, nullptr);
+    EXPECT_EQ(k->Value(), 3.0);
+
+    scene.currentFrame = 4.6; // within 1 of the key at 4: a key goes at the rounded frame 5
+    scene.SetParam(scene.iR, 8.0, trWhoUser);
+    EXPECT_EQ(scene.SetParamKeyIfKeyedAtCurrentFrame(scene.iR), 1);
+    EXPECT_EQ(scene.ParamAnim(scene.iR)->FindKeyForFrame(0, 5.0)->Value(), 8.0);
+}
+
+TEST(trBaseAnimation, UpdateAllWalksTheTreeAndTheGuardTellsAnimationWrites)
+{
+    SceneClass();
+    AnimScene root;
+    root.logging = false;
+    trBase *child = root.CreateChild(trString("test_anim_scene"));
+    ASSERT_NE(child, nullptr);
+    AnimScene *c = static_cast<AnimScene *>(child);
+    c->logging = false;
+    trVector a(1, 0, 0), b(3, 0, 0);
+    root.SetParamKeyWithValue(root.iR, 0, a, 0.0, 0);
+    c->SetParamKeyWithValue(c->iI, 0, b, 0.0, 0);
+    c->SetParamKeyWithValue(c->iV, 0, b, 0.0, 0);
+    EXPECT_EQ(root.UpdateAllFromAnim(7.0), 3);
+    EXPECT_EQ(root.r, 1.0);
+    EXPECT_EQ(c->i, 3);
+    EXPECT_EQ(c->v.x, 3.0);
+    EXPECT_EQ(c->guardSeen, 0);
+    EXPECT_EQ(c->AnimUpdateGuard(), 1);
+    c->SetParam(c->iR, 5.0, trWhoUser);
+    EXPECT_EQ(c->guardSeen, 1);
+}
+
+TEST(trBaseAnimation, NumberedFileSequencesAreRetriggered)
+{
+    AnimScene n;
+    n.logging = false;
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iImage, 3.0), 0);
+    n.SetParam(n.iImage, "clouds.%04d.exr", trWhoUser);
+    n.guardSeen = -1;
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iImage, 3.0), 1);
+    EXPECT_EQ(n.guardSeen, 0); // the change handler ran, inside the update
+    EXPECT_EQ(n.UpdateParamFromAnim(n.iLink, 3.0), 0); // a node link is never a sequence
+}
+
+TEST(trBaseAnimation, BakeKeysEveryFrameWithTheCurvesValues)
+{
+    SceneClass();
+    AnimScene root;
+    root.logging = false;
+    trVector v0(0, 0, 0), v10(10, 0, 0), v4(4, 0, 0);
+    root.SetParamKeyWithValue(root.iR, 0, v0, 0.0, 0);
+    root.SetParamKeyWithValue(root.iR, 0, v10, 10.0, 0);
+    std::vector<double> expected;
+    for (long f = 2; f <= 8; ++f)
+        expected.push_back(root.ParamAnim(root.iR)->GetValue(double(f), 0));
+    AnimScene *child = static_cast<AnimScene *>(root.CreateChild(trString("test_anim_scene")));
+    child->logging = false;
+    child->SetParamKeyWithValue(child->iF, 0, v4, 0.0, 0);
+
+    EXPECT_EQ(root.BakeAnimation(5, 4, true), 0);
+    EXPECT_EQ(root.BakeAnimation(2, 8, false), 1);
+    trAnimate *a = root.ParamAnim(root.iR);
+    EXPECT_EQ(a->NumKeys(0), 9); // 2..8, and the keys at 0 and 10 stay
+    for (long f = 2; f <= 8; ++f)
+        EXPECT_DOUBLE_EQ(a->FindKeyForFrame(0, double(f))->Value(), expected[size_t(f - 2)]);
+    EXPECT_EQ(child->ParamAnim(child->iF)->NumKeys(0), 1);
+    EXPECT_EQ(root.BakeAnimation(0, 1, true), 2);
+    EXPECT_EQ(child->ParamAnim(child->iF)->NumKeys(0), 2);
+
+    Probe still;
+    EXPECT_EQ(still.BakeAnimation(0, 10, true), 0);
+
+    // A range no one means is refused with a message, not run out of memory.
+    HostCapture host;
+    EXPECT_EQ(root.BakeAnimation(-(1L << 62), 1L << 62, true), 0);
+    ASSERT_EQ(host.errors.size(), 1u);
+    EXPECT_EQ(host.errors[0].rfind("BakeAnimation: ", 0), 0u);
+}
+
+TEST(trBaseAnimation, HugeValuesSaturateInIntegers)
+{
+    Probe n;
+    n.logging = false;
+    trVector huge(1e300, 0, 0);
+    n.SetParamKeyWithValue(n.iI, 0, huge, 1e300, 0);
+    EXPECT_EQ(n.ParamAnim(n.iI)->FirstKey(0)->FrameInt(), 1L << 62);
+    n.UpdateParamFromAnim(n.iI, 0.0);
+    EXPECT_EQ(n.i, 1L << 62);
+}
+
+TEST(trBaseAnimation, TheManagerHearsOfEveryKey)
+{
+    Probe n;
+    n.logging = false;
+    KeyListener heard;
+    EXPECT_EQ(n.SetParamKey(n.iV, -1, 3.0, 0), 1);
+    // One state message for the new pair, then a key message for each component.
+    EXPECT_EQ(heard.codes, (std::vector<unsigned long>{25008, 25009, 25009, 25009}));
+    trAnimate *a = n.ParamAnim(n.iV);
+    for (int c = 0; c < 3; ++c) {
+        EXPECT_EQ(heard.records[size_t(c)].node, &n);
+        EXPECT_EQ(heard.records[size_t(c)].paramIndex, n.iV);
+        EXPECT_EQ(heard.records[size_t(c)].component, c);
+        EXPECT_EQ(heard.records[size_t(c)].keyID, a->FirstKey(c)->GetID());
+    }
+    heard.codes.clear();
+    n.SetParamComponentInterpolationMode(n.iV, 1, trAnimationInterpolationLinear);
+    n.RemoveParamKey(n.iV, 2, 3.0, 0);
+    EXPECT_EQ(heard.codes, (std::vector<unsigned long>{25012, 25011}));
+    EXPECT_EQ(heard.records[3].mode, 2);
+    heard.codes.clear();
+    n.DeleteParamAnim(n.iV);
+    EXPECT_EQ(heard.codes, (std::vector<unsigned long>{25008}));
+}
+
+TEST(trBaseAnimation, TheReportHearsWhenAsked)
+{
+    Probe n;
+    n.logging = false;
+    AnimReport report;
+    n.AttachParamReport(&report);
+    n.SetParamKey(n.iR, 0, 1.0, 0);
+    EXPECT_TRUE(report.changed.empty());
+    n.SetParamKey(n.iR, 0, 2.0, 1);
+    n.RemoveParamKey(n.iR, 0, 2.0, 1);
+    EXPECT_EQ(report.changed, (std::vector<long>{n.iR, n.iR}));
+    n.DetachParamReport();
+}
+
+TEST(trBaseAnimation, UndoRecordsGoOutUnderTheirTokens)
+{
+    Probe n;
+    n.logging = false;
+    {
+        UndoCapture undo(trUndoOperationNone);
+        n.SetParamKey(n.iR, 0, 1.0, 0);
+        n.DeleteParamAnim(n.iR);
+        EXPECT_TRUE(undo.records.empty());
+    }
+    {
+        UndoCapture undo(trUndoOperationKeySet);
+        n.SetParamKey(n.iV, -1, 6.6, 0);
+        n.RemoveParamKey(n.iV, 0, 7.0, 0); // code 2 isn't current
+        ASSERT_EQ(undo.records.size(), 1u);
+        auto *r = dynamic_cast<trSetRemoveParamKeyUndoData *>(undo.records[0].get());
+        ASSERT_NE(r, nullptr);
+        EXPECT_EQ(r->GetOperation(), trUndoOperationKeySet);
+        EXPECT_EQ(r->GetNode(), &n);
+        EXPECT_EQ(r->paramIndex, n.iV);
+        EXPECT_EQ(r->component, -1);
+        EXPECT_EQ(r->frame, 7.0);
+    }
+    {
+        UndoCapture undo(trUndoOperationKeyRemoved);
+        EXPECT_EQ(n.RemoveParamKey(n.iV, 1, 7.0, 0), 1);
+        ASSERT_EQ(undo.records.size(), 1u);
+        auto *r = dynamic_cast<trSetRemoveParamKeyUndoData *>(undo.records[0].get());
+        ASSERT_NE(r, nullptr);
+        EXPECT_EQ(r->GetOperation(), trUndoOperationKeyRemoved);
+        EXPECT_EQ(r->component, 1);
+        EXPECT_EQ(r->frame, 7.0);
+    }
+    {
+        UndoCapture undo(trUndoOperationInterpolationModeChanged);
+        n.SetParamComponentInterpolationMode(n.iV, 2, trAnimationInterpolationLinear);
+        n.SetParamComponentInterpolationMode(n.iV, 2, trAnimationInterpolationTCB);
+        ASSERT_EQ(undo.records.size(), 2u);
+        auto *r0 = dynamic_cast<trChangeAnimInterpolationModeUndoData *>(undo.records[0].get());
+        auto *r1 = dynamic_cast<trChangeAnimInterpolationModeUndoData *>(undo.records[1].get());
+        ASSERT_TRUE(r0 && r1);
+        EXPECT_EQ(r0->component, 2);
+        EXPECT_EQ(r0->mode, trAnimationInterpolationTCB); // the mode before the change
+        EXPECT_EQ(r1->mode, trAnimationInterpolationLinear);
+    }
+    {
+        UndoCapture undo(trUndoOperationParamAnimDeleted);
+        n.DeleteParamAnim(n.iV);
+        ASSERT_EQ(undo.records.size(), 1u);
+        auto *r = dynamic_cast<trReadParamFileDeleteParamAnimUndoData *>(undo.records[0].get());
+        ASSERT_NE(r, nullptr);
+        EXPECT_EQ(r->paramIndices, (std::vector<long>{n.iV}));
+    }
+    {
+        UndoCapture undo(trUndoOperationMotionFileRead);
+        MotionFile file("undo", "0 1.5\n");
+        HostCapture host;
+        EXPECT_EQ(n.ReadParamFile(n.iR, file.Path()), 1);
+        ASSERT_EQ(undo.records.size(), 1u);
+        EXPECT_EQ(undo.records[0]->GetOperation(), trUndoOperationMotionFileRead);
+    }
+}
+
+TEST(trBaseAnimation, MotionFileWithCommentsAndValues)
+{
+    AnimScene n;
+    n.logging = false;
+    n.currentFrame = 5.0;
+    MotionFile file("good", "; a comment\n"
+                            "# another\n"
+                            "\n"
+                            "   \t \n"
+                            "// and another\n"
+                            "0 1 2 3\r\n"
+                            "10.4   4 5 6 extra\n"
+                            "20 -1 -2 -3");
+    HostCapture host;
+    n.SetParamKey(n.iV, 1, 50.0, 0); // replaced by the file
+    EXPECT_EQ(n.ReadParamFile(n.iV, file.Path()), 1);
+    EXPECT_TRUE(host.warnings.empty());
+    ASSERT_EQ(host.infos.size(), 1u);
+    EXPECT_EQ(host.infos[0], "ReadParamFile: Successfully imported 3 key frames");
+    trAnimate *a = n.ParamAnim(n.iV);
+    ASSERT_NE(a, nullptr);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_EQ(a->NumKeys(c), 3);
+    EXPECT_EQ(a->FindKeyForFrame(1, 10.0)->Value(), 5.0); // four fields at most: "extra" is ignored
+    EXPECT_EQ(a->FindKeyForFrame(2, 20.0)->Value(), -3.0);
+    EXPECT_EQ(a->FindKeyForFrame(1, 50.0), nullptr);
+    // The parameter shows the curve at the current frame.
+    EXPECT_DOUBLE_EQ(n.v.y, a->GetValue(5.0, 1));
+    // x: keys 1, 4, -1 at 0, 10, 20; m0 = 1.5, m1 = ((-1 - 4) + 3) / 2 = -1 on the first span.
+    EXPECT_NEAR(n.v.x, 2.5 + 0.125 * 1.5 + 0.125 * 1.0, 1e-12);
+}
+
+TEST(trBaseAnimation, MotionFileFailures)
+{
+    Probe n;
+    n.logging = false;
+    {
+        HostCapture host;
+        std::string const missing = TempPath("missing");
+        EXPECT_EQ(n.ReadParamFile(n.iR, missing.c_str()), 0);
+        ASSERT_EQ(host.errors.size(), 1u);
+        EXPECT_EQ(host.errors[0], "ReadParamFile: Cannot open file: \"" + missing + "\"");
+        EXPECT_EQ(n.ReadParamFile(n.iR, nullptr), 0);
+    }
+    {
+        // Only comments: the animation is gone and the warning is raised.
+        n.SetParamKey(n.iR, 0, 3.0, 0);
+        MotionFile file("comments", "; nothing\n#here\n");
+        HostCapture host;
+        EXPECT_EQ(n.ReadParamFile(n.iR, file.Path()), 0);
+        EXPECT_EQ(host.warnings, (std::vector<std::string>{"ReadParamFile: No valid key frames were found in motion file"}));
+        EXPECT_FALSE(n.IsParamAnimated(n.iR));
+    }
+    {
+        // A bad line stops the import; the console says which line.
+        MotionFile file("bad", "0 1\n\n5 oops\n9 2\n");
+        HostCapture host;
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(n.ReadParamFile(n.iR, file.Path()), 0);
+        std::string const out = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(host.warnings, (std::vector<std::string>{"ReadParamFile: Bad formatting in motion file"}));
+        EXPECT_NE(out.find("ReadParamFile: Line 3 of"), std::string::npos) << out;
+        EXPECT_NE(out.find("\"5 oops\""), std::string::npos) << out;
+        EXPECT_EQ(n.ParamAnim(n.iR)->NumKeys(0), 1); // what came before stays
+    }
+    {
+        // A frame without a value is bad formatting too.
+        MotionFile file("novalue", "7\n");
+        HostCapture host;
+        testing::internal::CaptureStdout();
+        EXPECT_EQ(n.ReadParamFile(n.iR, file.Path()), 0);
+        testing::internal::GetCapturedStdout();
+        EXPECT_EQ(host.warnings.size(), 1u);
+    }
+    {
+        // Parameters that can't be animated are refused before anything changes.
+        MotionFile file("string", "0 text\n");
+        HostCapture host;
+        EXPECT_EQ(n.ReadParamFile(n.iS, file.Path()), 0);
+        EXPECT_EQ(n.ReadParamFile(999, file.Path()), 0);
+        EXPECT_EQ(host.errors.size(), 2u);
+        EXPECT_EQ(n.s, trString("hello"));
+    }
+    {
+        // A line longer than the reader's buffer is cut, and the rest skipped.
+        std::string text = "1 2";
+        text += std::string(3000, ' ');
+        text += "junk\n4 8\n";
+        MotionFile file("long", text);
+        HostCapture host;
+        EXPECT_EQ(n.ReadParamFile(n.iR, file.Path()), 1);
+        EXPECT_EQ(n.ParamAnim(n.iR)->NumKeys(0), 2);
+        EXPECT_EQ(n.ParamAnim(n.iR)->FindKeyForFrame(0, 4.0)->Value(), 8.0);
+    }
+}
+
+TEST(trBaseAnimation, DestroyingAnAnimatedNodeFreesEverything)
+{
+    KeyListener heard;
+    size_t const before = trAnimationManager::Instance()->AnimatedParams().size();
+    {
+        Probe n;
+        n.logging = false;
+        n.SetParamKey(n.iV, -1, 1.0, 0);
+        n.SetParamKey(n.iR, 0, 1.0, 0);
+        EXPECT_EQ(trAnimationManager::Instance()->AnimatedParams().size(), before + 2);
+        heard.codes.clear();
+    }
+    EXPECT_EQ(trAnimationManager::Instance()->AnimatedParams().size(), before);
+    EXPECT_EQ(heard.codes, (std::vector<unsigned long>{25008}));
+}
+
+} // namespace

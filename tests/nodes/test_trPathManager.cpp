@@ -1,0 +1,111 @@
+// The path manager: registered folders, defaults, the marker for "not registered",
+// key order, and the separator the lookup adds.
+
+#include "foundation/trGlobals.h"
+#include "nodes/trPathManager.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+std::string Str(trString const &s)
+{
+    return s.chars ? s.chars : "";
+}
+
+class PathManager : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        manager = trPathManager::Instance();
+        manager->RemoveAllPaths();
+    }
+    void TearDown() override
+    {
+        manager->RemoveAllPaths();
+        manager->SetDefaultPathForKey(trRenderOutputPathKey, "C:\\");
+    }
+    trPathManager *manager = nullptr;
+};
+
+TEST_F(PathManager, IsOneInstanceWithTheThreeDefaults)
+{
+    EXPECT_EQ(trPathManager::Instance(), manager);
+    EXPECT_EQ(trPathManager::ExistingInstance(), manager);
+    EXPECT_EQ(Str(trRenderOutputPathKey), "renderOutput");
+    EXPECT_EQ(Str(trSequenceOutputPathKey), "sequenceOutput");
+    EXPECT_EQ(Str(trTemporaryOutputFilesPathKey), "temporaryOutputFiles");
+    for (trString const *key : {&trRenderOutputPathKey, &trSequenceOutputPathKey, &trTemporaryOutputFilesPathKey})
+        EXPECT_EQ(Str(manager->GetDefaultPathForKey(*key)), "C:\\");
+    EXPECT_EQ(Str(manager->GetDefaultPathForKey("other")), "");
+}
+
+TEST_F(PathManager, UnregisteredKeysGiveTheMarkerAndFindPathFallsBack)
+{
+    EXPECT_EQ(Str(manager->FindPath("renderOutput")), "09BA0814-9D0C-4AFF-9F34-12CC567D2241");
+    EXPECT_EQ(manager->FindPath("renderOutput"), trDefaultFilePath);
+    // Unregistered with a default: the default, which already ends in a separator.
+    EXPECT_EQ(Str(trPathManagerGetRenderOutputPath()), "C:\\");
+    manager->SetDefaultPathForKey(trRenderOutputPathKey, "/renders");
+    EXPECT_EQ(Str(trPathManagerGetRenderOutputPath()), "/renders\\");
+    // Unknown key without a default: empty.
+    EXPECT_EQ(Str(trPathManagerFindPath("nothing")), "");
+}
+
+TEST_F(PathManager, RegisteredPathsWinAndGainOneSeparator)
+{
+    manager->RegisterPath(trSequenceOutputPathKey, "/work/sequences");
+    EXPECT_EQ(Str(trPathManagerGetSequenceOutputPath()), "/work/sequences\\");
+    manager->RegisterPath(trSequenceOutputPathKey, "/work/other/");
+    EXPECT_EQ(Str(trPathManagerGetSequenceOutputPath()), "/work/other/");
+    manager->RegisterPath(trTemporaryOutputFilesPathKey, "D:\\temp\\");
+    EXPECT_EQ(Str(trPathManagerGetTemporaryOutputFilesPath()), "D:\\temp\\");
+    // An empty registered path isn't the marker, so the default isn't used.
+    manager->RegisterPath(trRenderOutputPathKey, "");
+    EXPECT_EQ(Str(trPathManagerGetRenderOutputPath()), "");
+    // An empty key registers nothing.
+    manager->RegisterPath("", "/x");
+    EXPECT_EQ(manager->GetNumPaths(), 3);
+}
+
+TEST_F(PathManager, IndexedAccessIsInKeyOrder)
+{
+    manager->RegisterPath("beta", "/b");
+    manager->RegisterPath("Zeta", "/z");
+    manager->RegisterPath("alpha", "/a");
+    ASSERT_EQ(manager->GetNumPaths(), 3);
+    trString key, path;
+    // Plain byte order: upper case before lower case.
+    ASSERT_TRUE(manager->GetPathInfoAtIndex(0, key, path));
+    EXPECT_EQ(Str(key), "Zeta");
+    EXPECT_EQ(Str(path), "/z");
+    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(1)), "alpha");
+    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(2)), "beta");
+    EXPECT_FALSE(manager->GetPathInfoAtIndex(3, key, path));
+    EXPECT_FALSE(manager->GetPathInfoAtIndex(-1, key, path));
+    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(3)), "");
+
+    manager->RemovePath("alpha");
+    manager->RemovePath("never registered");
+    EXPECT_EQ(manager->GetNumPaths(), 2);
+    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(1)), "beta");
+}
+
+TEST_F(PathManager, PathsAreWrittenUnderTheirSavedNames)
+{
+    EXPECT_EQ(Str(trPathManager::GeneratePathKeyID("renderOutput")), "pathManager_path_renderOutput");
+    manager->RegisterPath("renderOutput", "/r");
+    manager->RegisterPath("textures", "/t");
+    trPathManager::PathMap out;
+    out["stale"] = "gone";
+    manager->GetPathsForWriting(out);
+    ASSERT_EQ(out.size(), 2u);
+    EXPECT_EQ(Str(out[trString("pathManager_path_renderOutput")]), "/r");
+    EXPECT_EQ(Str(out[trString("pathManager_path_textures")]), "/t");
+    manager->RemoveAllPaths();
+    EXPECT_EQ(manager->GetNumPaths(), 0);
+}
+
+} // namespace
