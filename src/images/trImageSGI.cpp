@@ -154,8 +154,9 @@ long trImage::ReadSGI(trString const &name)
     std::vector<std::uint32_t> rowLength;
     std::vector<unsigned char> data;
     if (storage == 0) {
-        if (dataLength < planeBytes * channels)
-            return fail(Join("ReadSGI: File is truncated: too short for an image of ", sizeText, ": ", name));
+        if (planeBytes * channels > kMaxExpansion * fileLength)
+            return fail(Join("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
+                             " bytes: ", name));
     } else {
         std::int64_t const tableEntries = std::int64_t(ySize) * zSize;
         if (dataLength < tableEntries * 8)
@@ -180,6 +181,12 @@ long trImage::ReadSGI(trString const &name)
 
     if (!Init(0, 0, int(xSize), int(ySize), int(channels), bytesPerSample, false))
         return fail(Join("ReadSGI: Unable to (re)allocate image (file ", name, ")"));
+    Clear();
+    // A file cut short keeps the rows it has; the rest of the image stays black.
+    auto truncated = [&] {
+        trWarning(Join("ReadSGI: File is truncated; the rest of the image is left black: ", name));
+        return 1L;
+    };
 
     // One row of samples: bytes, or 16-bit samples in native order.
     std::vector<std::uint16_t> row16;
@@ -195,7 +202,7 @@ long trImage::ReadSGI(trString const &name)
         for (long y = 0; y < ySize; ++y) {
             if (storage == 0) {
                 if (std::fread(row, 1, std::size_t(rowBytes), f) != std::size_t(rowBytes))
-                    return fail(Join("ReadSGI: Unable to read file ", name));
+                    return truncated();
                 if (bytesPerSample == 2)
                     for (long x = 0; x < xSize; ++x)
                         row16[std::size_t(x)] = std::uint16_t(BigEndian16(row + 2 * x));
@@ -203,9 +210,11 @@ long trImage::ReadSGI(trString const &name)
                 std::size_t const entry = std::size_t(c * ySize + y);
                 std::int64_t const start = rowStart[entry];
                 std::int64_t const length = rowLength[entry];
-                if (start < kSgiHeaderSize || start + length > fileLength)
+                if (start < kSgiHeaderSize)
                     return fail(Join("ReadSGI: A run-length row lies outside the file (channel ", c, ", row ", y,
                                      "): ", name));
+                if (start + length > fileLength)
+                    return truncated();
                 std::fill(row16.begin(), row16.end(), 0);
                 unsigned char const *in = data.data() + start;
                 bool ok;

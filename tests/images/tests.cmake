@@ -20,7 +20,7 @@ if(TARGET ostrel_images_tests)
     endif()
     if(TARGET ostrel_plugin_image_writers)
         target_compile_definitions(ostrel_images_tests PRIVATE
-            OSTREL_IMAGE_WRITER_PLUGIN_DIR="${CMAKE_BINARY_DIR}/plugins-images/")
+            OSTREL_IMAGE_WRITER_PLUGIN_DIR="${CMAKE_BINARY_DIR}/plugins/")
         add_dependencies(ostrel_images_tests ostrel_plugin_image_writers)
     endif()
     # Written files are checked with the formats' own libraries as well.

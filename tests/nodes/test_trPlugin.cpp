@@ -164,7 +164,7 @@ void LoadReferencePlugins()
         CaptureAll capture;
         loaded = trClasses.LoadPlugins(OSTREL_REFERENCE_PLUGIN_DIR, "*.svp");
     }
-    ASSERT_EQ(loaded, 1);
+    ASSERT_EQ(loaded, 2) << "the reference module and the image writer module";
 }
 
 } // namespace
@@ -175,20 +175,25 @@ TEST(trClassPoolPlugins, LoadPluginsReportsTheReferenceFolder)
     long const before = trClasses.NumClasses();
     long const loaded = trClasses.LoadPlugins(OSTREL_REFERENCE_PLUGIN_DIR, "*.svp");
     capture.Finish();
-    EXPECT_EQ(loaded, 1);
+    // The reference folder holds the reference module and the image writer module.
+    EXPECT_EQ(loaded, 2);
     EXPECT_EQ(capture.out, std::string("Loading plugins in: ") + OSTREL_REFERENCE_PLUGIN_DIR +
-                               "\nLoaded 1 modules in this directory\n");
+                               "\nLoaded 2 modules in this directory\n");
     EXPECT_EQ(capture.err, "");
     EXPECT_TRUE(capture.warnings.empty());
-    // The module's three classes, in its order of registration.
-    ASSERT_EQ(trClasses.NumClasses(), before + 3);
-    EXPECT_STREQ(trClasses.ClassName(before).chars, "Ostrel_Reference::reference_surface");
-    EXPECT_STREQ(trClasses.ClassType(before).chars, "shader/surface/");
-    EXPECT_STREQ(trClasses.ClassDisplayName(before).chars, "(Ostrel_Reference) Reference surface shader");
-    EXPECT_STREQ(trClasses.ClassDisplayNameSimplified(before).chars, "(Ostrel_Reference) Reference surface");
-    EXPECT_STREQ(trClasses.ClassName(before + 1).chars, "Ostrel_Reference::reference_terrain");
-    EXPECT_STREQ(trClasses.ClassDisplayName(before + 1).chars, "(Ostrel_Reference) Reference terrain");
-    EXPECT_STREQ(trClasses.ClassType(before + 2).chars, "group/");
+    ASSERT_EQ(trClasses.NumClasses(), before + 5);
+    // Modules load in name order: the image writers, then the reference module's three
+    // classes in its order of registration.
+    EXPECT_STREQ(trClasses.ClassName(before).chars, "image_writer_exr");
+    EXPECT_STREQ(trClasses.ClassName(before + 1).chars, "image_writer_tiff");
+    long const first = before + 2;
+    EXPECT_STREQ(trClasses.ClassName(first).chars, "Ostrel_Reference::reference_surface");
+    EXPECT_STREQ(trClasses.ClassType(first).chars, "shader/surface/");
+    EXPECT_STREQ(trClasses.ClassDisplayName(first).chars, "(Ostrel_Reference) Reference surface shader");
+    EXPECT_STREQ(trClasses.ClassDisplayNameSimplified(first).chars, "(Ostrel_Reference) Reference surface");
+    EXPECT_STREQ(trClasses.ClassName(first + 1).chars, "Ostrel_Reference::reference_terrain");
+    EXPECT_STREQ(trClasses.ClassDisplayName(first + 1).chars, "(Ostrel_Reference) Reference terrain");
+    EXPECT_STREQ(trClasses.ClassType(first + 2).chars, "group/");
 }
 
 TEST(trClassPoolPlugins, FailingModulesAreReportedAndTheScanGoesOn)
