@@ -4,6 +4,7 @@
 #include "foundation/trMessages.h"
 #include "foundation/trRand.h"
 #include "noise/trNoise.h"
+#include "shading/trMaterial.h"
 
 #include <chrono>
 #include <cmath>
@@ -22,6 +23,8 @@ trPrivateGlobals::trPrivateGlobals()
 trPrivateGlobals::~trPrivateGlobals()
 {
     trOutMsg("Destroying trPrivateGlobals");
+    // The materials are the process's: they go with the vector that holds them.
+    trFreePersistentMaterials();
 }
 
 void trPrivateGlobals::BuildDirections(trVector *out)

@@ -166,9 +166,9 @@ bool GifFrameTooLarge(Reader &in)
 
 // Icon files hold bitmaps whose own headers give their sizes, whatever the directory
 // says: check the header of every entry (an embedded PNG or a bitmap info header). An
-// entry with no readable header counts as too large, refusing the broken file.
+// entry with no readable or a malformed header counts as unsafe, refusing the file.
 template <typename Reader>
-bool IconTooLarge(Reader &in, long fileSize)
+bool IconUnsafe(Reader &in, long fileSize)
 {
     unsigned char dir[6];
     if (!in.Read(dir, 6))
@@ -198,6 +198,12 @@ bool IconTooLarge(Reader &in, long fileSize)
             std::int32_t wi, hi;
             std::memcpy(&wi, h + 4, 4);
             std::memcpy(&hi, h + 8, 4);
+            // The decoder trusts the rest of the header: refuse any bitmap that isn't a
+            // plain one-plane bitmap of a standard depth.
+            unsigned planes = h[12] | (h[13] << 8), bits = h[14] | (h[15] << 8);
+            bool standardDepth = bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
+            if (h[0] != 40 || h[1] || h[2] || h[3] || planes != 1 || !standardDepth || wi <= 0 || hi == 0)
+                return true;
             w = wi < 0 ? -(long long)wi : wi;
             ht = hi < 0 ? -(long long)hi : hi;
         }
@@ -217,7 +223,7 @@ bool DeclaresTooManyPixels(File &file, FREE_IMAGE_FORMAT fif)
             return true;
         long fileSize = std::ftell(file.f);
         reader.Rewind();
-        if (fif == FIF_GIF ? GifFrameTooLarge(reader) : IconTooLarge(reader, fileSize))
+        if (fif == FIF_GIF ? GifFrameTooLarge(reader) : IconUnsafe(reader, fileSize))
             return true;
     }
     if (!FreeImage_FIFSupportsNoPixels(fif))
@@ -521,7 +527,7 @@ FIBITMAP *DecodeMemory(unsigned char const *bytes, long size)
     if (fif != FIF_UNKNOWN && FreeImage_FIFSupportsReading(fif)) {
         MemoryReader reader{bytes, size};
         bool tooLarge =
-            (fif == FIF_GIF && GifFrameTooLarge(reader)) || (fif == FIF_ICO && IconTooLarge(reader, size));
+            (fif == FIF_GIF && GifFrameTooLarge(reader)) || (fif == FIF_ICO && IconUnsafe(reader, size));
         if (!tooLarge && FreeImage_FIFSupportsNoPixels(fif)) {
             FreeImage_SeekMemory(memory, 0, SEEK_SET);
             FIBITMAP *header = FreeImage_LoadFromMemory(fif, memory, FIF_LOAD_NOPIXELS);

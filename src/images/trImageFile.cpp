@@ -5,6 +5,7 @@
 
 #include "foundation/trMessages.h"
 #include "images/trImage.h"
+#include "nodes/trClassPool.h"
 
 namespace {
 
@@ -68,6 +69,26 @@ trString NameForWrite(trString const &name, long *frame)
     return frame ? FrameName(name, *frame) : name;
 }
 
+// A write through a writer plug-in that failed because no such plug-in is loaded says so.
+long NamingMissingWriter(long result, char const *className, char const *format, trString const &name)
+{
+    long id = -1;
+    if (!result && !trClasses.FindClassIdFromClassName(id, className))
+        trError(trString("WriteFile: No ") + format + " writer is loaded (plug-in class " + className +
+                "); load the image writer plug-ins to write " + name);
+    return result;
+}
+
+long ThroughExr(long result, trString const &name)
+{
+    return NamingMissingWriter(result, "image_writer_exr", "EXR", name);
+}
+
+long ThroughTiff(long result, trString const &name)
+{
+    return NamingMissingWriter(result, "image_writer_tiff", "TIFF", name);
+}
+
 } // namespace
 
 long trImage::ReadFile(trString const &nameArg, long *frame)
@@ -98,10 +119,10 @@ long trFImage::WriteFile(trString const &nameArg, long *frame, trImageWriterForm
     trOutMsg(trString("Attempting to write image: ") + name);
     std::string tail = LastLower(name, 4);
     if (tail == ".exr")
-        return WriteEXR(name, info);
+        return ThroughExr(WriteEXR(name, info), name);
     if (tail == ".tif" || name.EndsWith(".tiff", false))
-        return WriteTIFF(name, info);
-    return WriteEXR(name, info);
+        return ThroughTiff(WriteTIFF(name, info), name);
+    return ThroughExr(WriteEXR(name, info), name);
 }
 
 long trBImage::WriteFile(trString const &nameArg, long *frame, trImageWriterFormatInfo *info)
@@ -112,11 +133,11 @@ long trBImage::WriteFile(trString const &nameArg, long *frame, trImageWriterForm
     trOutMsg(trString("Attempting to write image: ") + name);
     std::string tail = LastLower(name, 4);
     if (tail == ".tif")
-        return WriteTIFF(name, info);
+        return ThroughTiff(WriteTIFF(name, info), name);
     if (tail == ".bmp")
         return WriteBMP(name);
     if (name.EndsWith(".tiff", false))
-        return WriteTIFF(name, info);
+        return ThroughTiff(WriteTIFF(name, info), name);
     return WriteSGIRGB(name);
 }
 
@@ -126,7 +147,7 @@ long trFloatMap::WriteFile(trString const &nameArg, long *frame, trImageWriterFo
         return 0;
     trString name = NameForWrite(nameArg, frame);
     trOutMsg(trString("Attempting to write image: ") + name);
-    return WriteEXR(name, info);
+    return ThroughExr(WriteEXR(name, info), name);
 }
 
 long trF4Image::WriteFile(trString const &, long *, trImageWriterFormatInfo *)

@@ -264,6 +264,13 @@ TEST_F(ImageFileTest, BadFilesFailCleanly)
     WriteBytes(iconPath, stray);
     EXPECT_EQ(image.ReadFile(trString(iconPath.c_str())), 0);
     std::remove(iconPath.c_str());
+    // An icon bitmap of bit depth 65535 is refused before the decoder sees it.
+    std::vector<unsigned char> depth = {0, 0, 1, 0, 1, 0, 16, 16, 0, 0, 1, 0, 32, 0, 0x68, 4, 0, 0, 22, 0, 0, 0,
+                                        40, 0, 0, 0, 16, 0, 0, 0, 32, 0, 0, 0, 1, 0, 0xff, 0xff};
+    depth.resize(depth.size() + 24 + 256, 0xff);
+    WriteBytes(iconPath, depth);
+    EXPECT_EQ(image.ReadFile(trString(iconPath.c_str())), 0);
+    std::remove(iconPath.c_str());
 }
 
 TEST_F(ImageFileTest, WriteDispatch)

@@ -201,16 +201,28 @@ TEST(trImageFormatsWrite, MissingWriterPluginIsReported)
     ASSERT_EQ(map.Init(0, 0, 2, 2), 1);
     trBImage bytes;
     ASSERT_EQ(bytes.Init(0, 0, 2, 2), 1);
+    {
+        // The writers themselves fail quietly...
+        MessageCapture capture;
+        EXPECT_EQ(image.WriteEXR("a.exr"), 0);
+        EXPECT_EQ(image.WriteTIFF("a.tif"), 0);
+        EXPECT_EQ(map.WriteEXR("b.exr"), 0);
+        EXPECT_EQ(bytes.WriteTIFF("c.tif"), 0);
+        EXPECT_TRUE(capture.errors.empty()) << capture.AllErrors();
+    }
+    // ...and a save by name says which plug-in is missing.
     MessageCapture capture;
-    EXPECT_EQ(image.WriteEXR("a.exr"), 0);
-    EXPECT_EQ(image.WriteTIFF("a.tif"), 0);
-    EXPECT_EQ(map.WriteEXR("b.exr"), 0);
-    EXPECT_EQ(bytes.WriteTIFF("c.tif"), 0);
+    EXPECT_EQ(image.WriteFile("a.exr", nullptr, nullptr), 0);
+    EXPECT_EQ(image.WriteFile("a.tif", nullptr, nullptr), 0);
+    EXPECT_EQ(map.WriteFile("b.exr", nullptr, nullptr), 0);
+    EXPECT_EQ(bytes.WriteFile("c.tiff", nullptr, nullptr), 0);
     ASSERT_EQ(capture.errors.size(), 4u);
     EXPECT_EQ(capture.errors[0],
-              "WriteEXR: The EXR writer plug-in isn't loaded (no class image_writer_exr); unable to write a.exr");
+              "WriteFile: No EXR writer is loaded (plug-in class image_writer_exr); load the image writer plug-ins "
+              "to write a.exr");
     EXPECT_EQ(capture.errors[1],
-              "WriteTIFF: The TIFF writer plug-in isn't loaded (no class image_writer_tiff); unable to write a.tif");
+              "WriteFile: No TIFF writer is loaded (plug-in class image_writer_tiff); load the image writer plug-ins "
+              "to write a.tif");
     EXPECT_NE(capture.errors[2].find("image_writer_exr"), std::string::npos);
     EXPECT_NE(capture.errors[3].find("image_writer_tiff"), std::string::npos);
 }
