@@ -21,6 +21,7 @@
 #include "foundation/trSort.h"
 #include "foundation/trGlobals.h"
 #include "foundation/trPrivateGlobals.h"
+#include "foundation/trDataBlock.h"
 
 // Procedural noise
 #include "noise/trNoise.h"
@@ -38,3 +39,33 @@
 #include "nodes/trFile.h"
 #include "nodes/trClassPool.h"
 #include "nodes/trPlugin.h"
+#include "nodes/trAnimate.h"
+#include "nodes/trAnimationManager.h"
+#include "nodes/trUndoData.h"
+#include "nodes/trProjectFile.h"
+#include "nodes/trBlobCoding.h"
+#include "nodes/trPathManager.h"
+#include "nodes/trNameSequence.h"
+
+// Scene
+#include "scene/trSceneRecords.h"
+#include "scene/trScene.h"
+#include "scene/trLight.h"
+#include "scene/trSkeleton.h"
+#include "scene/trOctree.h"
+#include "scene/trLRUOctree.h"
+
+// Shading
+#include "shading/trIntersection.h"
+#include "shading/trShader.h"
+#include "shading/trMaterial.h"
+
+// Volumes
+#include "volumes/trAtmosList.h"
+
+// Render
+#include "render/trRenderElement.h"
+
+// Images
+#include "images/trImage.h"
+#include "images/trImageArithmetic.h"

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "foundation/trColour.h"
+#include "foundation/trDataBlock.h"
 #include "foundation/trString.h"
 #include "nodes/trBase.h"
 #include "render/trRenderElement.h"
@@ -419,17 +420,8 @@ public:
 };
 
 // ---------------------------------------------------------------------------
-// A reference-counted byte block, carrying encoded images through memory.
-class trDataBlock {
-public:
-    trDataBlock() = default;
-    unsigned char *Data() const { return block.get(); }
-    // Takes over a block allocated with new unsigned char[]; null empties the handle.
-    void Reset(unsigned char *data) { block.reset(data); }
-
-private:
-    std::shared_ptr<unsigned char[]> block;
-};
+// trDataBlock, the byte block that carries encoded images through memory, is in
+// foundation/trDataBlock.h.
 
 // ---------------------------------------------------------------------------
 // Writes the readable formats, one "description - extensions<br />" line each.

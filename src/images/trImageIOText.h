@@ -1,9 +1,11 @@
 #pragma once
-// Message texts of the image readers and writers, joined in a std::string so that long
-// chains of parts with numbers in them make one allocation and one trString.
+// Shared by the image readers and writers: message texts joined in a std::string, so
+// that long chains of parts with numbers in them make one allocation and one trString,
+// and a file handle closed on every way out.
 
 #include "foundation/trString.h"
 
+#include <cstdio>
 #include <string>
 #include <type_traits>
 
@@ -24,3 +26,19 @@ template <class... Parts> trString Join(Parts const &...parts)
 }
 
 } // namespace trImageIOText
+
+// Closes a file on every way out of a reader.
+class trFileCloser {
+public:
+    explicit trFileCloser(std::FILE *f) : file(f) {}
+    ~trFileCloser()
+    {
+        if (file)
+            std::fclose(file);
+    }
+    trFileCloser(trFileCloser const &) = delete;
+    trFileCloser &operator=(trFileCloser const &) = delete;
+
+private:
+    std::FILE *file;
+};

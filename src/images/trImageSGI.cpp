@@ -23,20 +23,6 @@ constexpr long kSgiHeaderSize = 512;
 // gigabytes out of a few bytes.
 constexpr std::int64_t kMaxExpansion = 1024;
 
-class FileCloser {
-public:
-    explicit FileCloser(std::FILE *f) : file(f) {}
-    ~FileCloser()
-    {
-        if (file)
-            std::fclose(file);
-    }
-    FileCloser(FileCloser const &) = delete;
-    FileCloser &operator=(FileCloser const &) = delete;
-
-private:
-    std::FILE *file;
-};
 
 // The length of an open file, leaving it at its start; -1 when it can't be told.
 std::int64_t FileLength(std::FILE *f)
@@ -112,7 +98,7 @@ long trImage::ReadSGI(trString const &name)
         trError(Join("ReadSGI: Unable to open image file", name));
         return 0;
     }
-    FileCloser closer(f);
+    trFileCloser closer(f);
     auto fail = [&](trString const &text) {
         Cleanup();
         trError(text);

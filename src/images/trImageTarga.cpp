@@ -16,20 +16,6 @@ using trImageIOText::Join;
 
 constexpr long kTgaHeaderSize = 18;
 
-class FileCloser {
-public:
-    explicit FileCloser(std::FILE *f) : file(f) {}
-    ~FileCloser()
-    {
-        if (file)
-            std::fclose(file);
-    }
-    FileCloser(FileCloser const &) = delete;
-    FileCloser &operator=(FileCloser const &) = delete;
-
-private:
-    std::FILE *file;
-};
 
 inline unsigned LittleEndian16(unsigned char const *p) { return unsigned(p[0]) | (unsigned(p[1]) << 8); }
 
@@ -56,7 +42,7 @@ long trImage::ReadTGA(trString const &name)
         trError(Join("ReadTGA: Unable to open image file", name));
         return 0;
     }
-    FileCloser closer(f);
+    trFileCloser closer(f);
     auto fail = [&](trString const &text) {
         Cleanup();
         trError(text);

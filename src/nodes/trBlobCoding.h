@@ -3,21 +3,11 @@
 // the original, and base64, so that a class can keep a blob in an attribute or in its
 // custom block.
 
+#include "foundation/trDataBlock.h"
 #include "foundation/trString.h"
 
 #include <cstdint>
 #include <memory>
-
-// Owns one byte array; copies share it.
-class trDataBlock {
-public:
-    unsigned char *Data() const { return data.get(); }
-    // Takes an array made with new[]; the old one goes when its last holder lets go.
-    void Reset(unsigned char *bytes = nullptr) { data.reset(bytes); }
-
-private:
-    std::shared_ptr<unsigned char[]> data;
-};
 
 class trXML {
 public:
