@@ -74,6 +74,7 @@ public:
     bool IsInList(trLRUOctree const *head) const { return LRUOlder || LRUNewer || head == this; }
 
 private:
+    friend struct trOctreeOps;
     void Unhook(trLRUOctree *&head, trLRUOctree *&tail);
     void PushNewest(trLRUOctree *&head, trLRUOctree *&tail);
 

@@ -1,6 +1,7 @@
 #include "scene/trOctree.h"
 
 #include "foundation/trRay.h"
+#include "scene/trOctreeOps.h"
 
 #include <cmath>
 #include <new>
@@ -49,66 +50,19 @@ long trOctree<T>::Init(trOctree *p, trVector const &c, trVector const &s)
 template <class T>
 int trOctree<T>::Subdivide()
 {
-    if (branches)
-        return 0;
-    Branches *b = allocator ? allocator->Get() : new (std::nothrow) Branches;
-    if (!b)
-        return 0;
-    trVector const half = size * 0.5;
-    for (int i = 0; i < 8; ++i) {
-        trOctree &child = b->node[i];
-        child.Init(this, corner + trVector(i & 1 ? half.x : 0.0, i & 2 ? half.y : 0.0, i & 4 ? half.z : 0.0), half);
-        child.value = value;
-    }
-    branches = b;
-    return 1;
+    return trOctreeOps::Subdivide(*this);
 }
 
 template <class T>
 int trOctree<T>::Collapse()
 {
-    if (!branches)
-        return 0;
-    int removed = 0;
-    for (trOctree &child : branches->node)
-        removed += child.Collapse();
-    if (allocator)
-        allocator->GiveBack(branches);
-    else
-        delete branches;
-    branches = nullptr;
-    return removed + 8;
+    return trOctreeOps::Collapse(*this);
 }
 
 template <class T>
 trOctree<T> *trOctree<T>::GetNode(trVector const &P, double requestSize, int *created)
 {
-    if (created)
-        *created = 0;
-    // Written so that a NaN coordinate counts as outside.
-    for (int axis = 0; axis < 3; ++axis)
-        if (!(P(axis) >= corner(axis) && P(axis) < corner(axis) + size(axis)))
-            return nullptr;
-    // A size of zero, below or NaN would split without end.
-    if (!(requestSize > 0.0))
-        return nullptr;
-    double const m = size.MaxComp();
-    if (requestSize >= 2.0 * m)
-        return parent ? parent : this;
-    if (requestSize >= m)
-        return this;
-    trOctree *node = this;
-    for (;;) {
-        if (!node->branches) {
-            if (!node->Subdivide())
-                return node;  // out of memory: the finest node there is
-            if (created)
-                *created += 8;
-        }
-        node = &node->branches->node[trOctreeOctant(P, node->corner, node->size)];
-        if (requestSize >= node->size.MaxComp())
-            return node;
-    }
+    return trOctreeOps::GetNode(*this, P, requestSize, created);
 }
 
 template <class T>

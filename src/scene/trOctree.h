@@ -104,6 +104,7 @@ public:
     char const *BestBranchOrder(trRay const &ray) const;
 
 private:
+    friend struct trOctreeOps;
     Pool *allocator = nullptr;
     T value{};
     bool valid = false;
