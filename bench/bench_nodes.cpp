@@ -4,6 +4,8 @@
 #include "nodes/trBase.h"
 #include "nodes/trClassPool.h"
 
+#include "bench_memory.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -56,22 +58,6 @@ void RegisterBenchClasses()
         std::snprintf(name, sizeof name, "bench_child_%03d", i);
         trClasses.AddClass("bench", name, CreateBenchNode, DestroyBenchNode, "");
     }
-}
-
-long ResidentKiB()
-{
-    std::FILE *status = std::fopen("/proc/self/status", "r");
-    if (!status)
-        return 0;
-    char line[256];
-    long kib = 0;
-    while (std::fgets(line, sizeof line, status))
-        if (std::strncmp(line, "VmRSS:", 6) == 0) {
-            std::sscanf(line + 6, "%ld", &kib);
-            break;
-        }
-    std::fclose(status);
-    return kib;
 }
 
 void BM_SetParamByIndex(benchmark::State &state)
@@ -131,25 +117,17 @@ void BM_GetParamByName(benchmark::State &state)
 BENCHMARK(BM_GetParamByName);
 
 // 100,000 nodes under 100 parents, created through the pool (construction, tree,
-// naming, OnCreate, OnFirstCreate); the tear-down is not timed.
-void BM_CreateObject100kUnder100Parents(benchmark::State &state)
+// naming, OnCreate, OnFirstCreate), the c-th child of each parent of classNames[c];
+// the tear-down is not timed.
+void CreateUnder100Parents(benchmark::State &state, std::vector<trString> const &classNames)
 {
-    RegisterBenchClasses();
     constexpr int kParents = 100;
-    constexpr int kPerParent = 1000;
-    std::vector<std::string> childClasses;
-    for (int i = 0; i < kPerParent; ++i) {
-        char name[32];
-        std::snprintf(name, sizeof name, "bench_child_%03d", i % kChildClasses);
-        childClasses.push_back(name);
-    }
-    std::vector<trString> classNames(childClasses.begin(), childClasses.end());
     for (auto _ : state) {
         std::vector<trBase *> parents;
         for (int p = 0; p < kParents; ++p) {
             trBase *parent = trCreateObject("bench_node", nullptr, 1);
-            for (int c = 0; c < kPerParent; ++c)
-                trCreateObject(classNames[c], parent, 1);
+            for (trString const &className : classNames)
+                trCreateObject(className, parent, 1);
             parents.push_back(parent);
         }
         state.PauseTiming();
@@ -157,32 +135,31 @@ void BM_CreateObject100kUnder100Parents(benchmark::State &state)
             trDestroyObject(parent);
         state.ResumeTiming();
     }
-    state.SetItemsProcessed(state.iterations() * kParents * kPerParent);
+    state.SetItemsProcessed(state.iterations() * kParents * long(classNames.size()));
+}
+
+constexpr int kPerParent = 1000;
+
+// Children of mixed classes, as a real scene has them.
+void BM_CreateObject100kUnder100Parents(benchmark::State &state)
+{
+    RegisterBenchClasses();
+    std::vector<trString> classNames;
+    for (int i = 0; i < kPerParent; ++i) {
+        char name[32];
+        std::snprintf(name, sizeof name, "bench_child_%03d", i % kChildClasses);
+        classNames.emplace_back(name);
+    }
+    CreateUnder100Parents(state, classNames);
 }
 BENCHMARK(BM_CreateObject100kUnder100Parents)->Unit(benchmark::kMillisecond)->Iterations(1);
 
-// The same with every child of one class, so that each new node is numbered after
-// up to 999 siblings of its own class.
+// Every child of one class, so that each new node is numbered after up to 999
+// siblings of its own class.
 void BM_CreateObject100kUnder100ParentsOneClass(benchmark::State &state)
 {
     RegisterBenchClasses();
-    constexpr int kParents = 100;
-    constexpr int kPerParent = 1000;
-    trString const childClass("bench_node");
-    for (auto _ : state) {
-        std::vector<trBase *> parents;
-        for (int p = 0; p < kParents; ++p) {
-            trBase *parent = trCreateObject(childClass, nullptr, 1);
-            for (int c = 0; c < kPerParent; ++c)
-                trCreateObject(childClass, parent, 1);
-            parents.push_back(parent);
-        }
-        state.PauseTiming();
-        for (trBase *parent : parents)
-            trDestroyObject(parent);
-        state.ResumeTiming();
-    }
-    state.SetItemsProcessed(state.iterations() * kParents * kPerParent);
+    CreateUnder100Parents(state, std::vector<trString>(kPerParent, trString("bench_node")));
 }
 BENCHMARK(BM_CreateObject100kUnder100ParentsOneClass)->Unit(benchmark::kMillisecond)->Iterations(1);
 
@@ -213,7 +190,7 @@ void BM_ResidentMemory10kParents(benchmark::State &state)
     constexpr int kParents = 10000;
     double megabytes = 0.0;
     for (auto _ : state) {
-        long const before = ResidentKiB();
+        long const before = BenchStatusKiB("VmRSS");
         std::vector<trBase *> parents;
         parents.reserve(kParents);
         for (int p = 0; p < kParents; ++p) {
@@ -221,7 +198,7 @@ void BM_ResidentMemory10kParents(benchmark::State &state)
             trCreateObject("bench_plain", parent, 1);
             parents.push_back(parent);
         }
-        long const after = ResidentKiB();
+        long const after = BenchStatusKiB("VmRSS");
         megabytes = double(after - before) / 1024.0;
         state.PauseTiming();
         for (trBase *parent : parents)

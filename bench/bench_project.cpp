@@ -9,13 +9,14 @@
 #include "nodes/trFile.h"
 #include "nodes/trProjectFile.h"
 
+#include "bench_memory.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -99,12 +100,7 @@ std::unique_ptr<ProjectBenchRoot> MakeProject()
 // The high-water mark of resident memory, from the kernel, in MiB.
 double PeakResidentMiB()
 {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("VmHWM:", 0) == 0)
-            return std::atof(line.c_str() + 6) / 1024.0;
-    return 0.0;
+    return double(BenchStatusKiB("VmHWM")) / 1024.0;
 }
 
 std::string BenchFile(char const *leaf)

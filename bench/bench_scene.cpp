@@ -6,6 +6,8 @@
 #include "scene/trOctree.h"
 #include "scene/trScene.h"
 
+#include "bench_memory.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -14,22 +16,6 @@
 
 namespace {
 
-long SceneResidentKiB()
-{
-    std::FILE *status = std::fopen("/proc/self/status", "r");
-    if (!status)
-        return 0;
-    char line[256];
-    long kib = 0;
-    while (std::fgets(line, sizeof line, status))
-        if (std::strncmp(line, "VmRSS:", 6) == 0) {
-            std::sscanf(line + 6, "%ld", &kib);
-            break;
-        }
-    std::fclose(status);
-    return kib;
-}
-
 // A grid of 1001 by 5001 points, two tris per cell: exactly ten million tris.
 void BM_SceneAdd10MTris(benchmark::State &state)
 {
@@ -37,20 +23,20 @@ void BM_SceneAdd10MTris(benchmark::State &state)
     constexpr double kTris = 2.0 * kWide * kHigh;
     double bytesPerTri = 0.0, triTableBytesPerTri = 0.0;
     for (auto _ : state) {
-        long const before = SceneResidentKiB();
+        long const before = BenchStatusKiB("VmRSS");
         trScene scene;
         scene.Init();
         for (long y = 0; y <= kHigh; ++y)
             for (long x = 0; x <= kWide; ++x)
                 scene.AddPoint(trVector(double(x), 0.0, double(y)));
-        long const afterPoints = SceneResidentKiB();
+        long const afterPoints = BenchStatusKiB("VmRSS");
         for (long y = 0; y < kHigh; ++y)
             for (long x = 0; x < kWide; ++x) {
                 unsigned long const p = 1 + y * (kWide + 1) + x;
                 scene.AddTri(p, p + 1, p + kWide + 2);
                 scene.AddTri(p, p + kWide + 2, p + kWide + 1);
             }
-        long const after = SceneResidentKiB();
+        long const after = BenchStatusKiB("VmRSS");
         benchmark::DoNotOptimize(scene.NumTris());
         bytesPerTri = double(after - before) * 1024.0 / kTris;
         triTableBytesPerTri = double(after - afterPoints) * 1024.0 / kTris;
