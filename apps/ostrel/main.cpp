@@ -8,11 +8,15 @@
 #include "nodes/trBase.h"
 #include "nodes/trClassPool.h"
 #include "nodes/trFile.h"
+#include "nodes/trPathManager.h"
 #include "nodes/trProjectFile.h"
+
+#include "host_classes.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <deque>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -183,7 +187,8 @@ int RunClasses(std::vector<std::string> const &args)
 }
 
 // The project's root: this host's own node, holding the frame range that nodes read
-// through GetCurrentFrame and friends. It isn't a registered class: its element is
+// through GetCurrentFrame and friends, and the path manager's folders, saved as
+// "pathManager_path_<key>" parameters. It isn't a registered class: its element is
 // named by the file.
 class OstrelProject : public trBase {
 public:
@@ -195,9 +200,48 @@ public:
         Param(endFrame, "end_frame", 1.0);
         Param(currentFrame, "current_frame", 1.0);
     }
+
+    using trBase::SetParamFromString;
+    // A saved folder registers itself with the path manager as it is read.
+    long SetParamFromString(char const *paramName, trString const &text, trBase *who) override
+    {
+        trString const name(paramName ? paramName : "");
+        trString const prefix = trPathManager::GeneratePathKeyID(trString());
+        if (name.length <= prefix.length || !name.BeginsWith(prefix, 1))
+            return trBase::SetParamFromString(paramName, text, who);
+        trPathManager::Instance()->RegisterPath(trString(paramName + prefix.length), text);
+        PathParam(name) = text;
+        return 1;
+    }
+
+    // Brings the saved folders up to the path manager's entries, before a write.
+    void TakePathsFromManager()
+    {
+        trPathManager::PathMap entries;
+        if (trPathManager *manager = trPathManager::ExistingInstance())
+            manager->GetPathsForWriting(entries);
+        for (auto const &[key, path] : entries)
+            PathParam(key) = path;
+    }
+
     double startFrame = 0.0;
     double endFrame = 0.0;
     double currentFrame = 0.0;
+
+private:
+    // The storage of a path parameter, declared on first use; a deque keeps the
+    // addresses the parameter table points at.
+    trString &PathParam(trString const &name)
+    {
+        long index = 0;
+        if (FindParam(index, name.chars))
+            return *static_cast<trString *>(ParamRecord(index)->storage);
+        trString &storage = pathValues.emplace_back();
+        Param(storage, name.chars, trString());
+        return storage;
+    }
+
+    std::deque<trString> pathValues;
 };
 
 // The element name a project is read under when the file has no element at all.
@@ -333,6 +377,7 @@ int RunResave(std::vector<std::string> const &args)
     trString rootElement;
     if (!ReadProject(options.positional[0], root, rootElement))
         return kExitFailed;
+    root.TakePathsFromManager();
     if (!trBaseXML::WriteProjectFile(options.positional[1].c_str(), root, rootElement.chars))
         return kExitFailed;
     return kExitOk;
@@ -343,6 +388,7 @@ int RunResave(std::vector<std::string> const &args)
 int main(int argc, char **argv)
 {
     InstallCallbacks();
+    RegisterHostClasses();
     std::vector<std::string> args(argv + 1, argv + argc);
     if (args.empty()) {
         std::fputs(kUsage, stderr);

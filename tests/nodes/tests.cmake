@@ -6,6 +6,11 @@ if(TARGET ostrel_app)
     set_tests_properties(app.info_example PROPERTIES
         PASS_REGULAR_EXPRESSION "input_node = \"/Terrain/Valley floor\"  -> /Terrain/Valley floor.*amplitude = \"120\"  \\(animated\\)  keys tcb: 1=120 50=300\\(0.5,0,-0.25\\) 100=180.*4 nodes")
 
+    # The project's folders go to the path manager on reading and come back on writing.
+    add_test(NAME app.info_example_paths COMMAND ostrel_app info ${OSTREL_EXAMPLE_PROJECT})
+    set_tests_properties(app.info_example_paths PROPERTIES
+        PASS_REGULAR_EXPRESSION "pathManager_path_renderOutput = \"renders/valley/\"")
+
     add_test(NAME app.resave_example
         COMMAND ostrel_app resave ${OSTREL_EXAMPLE_PROJECT} ${CMAKE_CURRENT_BINARY_DIR}/valley-resaved.svd)
     set_tests_properties(app.resave_example PROPERTIES FIXTURES_SETUP project_resaved)
