@@ -11,6 +11,7 @@
 #include "nodes/trClassPool.h"
 #include "nodes/trParamHint.h"
 #include "nodes/trUndo.h"
+#include "shading/trRayIdentities.h"
 
 // Sentinels, then the default hints of parameters declared without one.
 trString const trEmptySentinel("#!}EMPTY{#!");
@@ -41,5 +42,8 @@ trString const trTemporaryOutputFilesPathKey("temporaryOutputFiles");
 
 // Runs the noise set-up and builds the direction table and the per-thread records.
 trPrivateGlobals trThePrivateGlobals;
+
+// Ray identities, one counter per thread, each starting 65,536 above the last.
+trRayIdentities trRayId;
 
 trRand trUndoToken::ms_rand(90210);

@@ -5,6 +5,8 @@
 #include "foundation/trRand.h"
 #include "noise/trNoise.h"
 #include "shading/trMaterial.h"
+#include "shading/trShadingInterface.h"
+#include "shading/trThreadRenderRecord.h"
 
 #include <chrono>
 #include <cmath>
@@ -16,8 +18,9 @@ trPrivateGlobals::trPrivateGlobals()
     trNoiseInit();
     BuildDirections(directions);
     numThreadSlots = trMaxThreads();
-    threadScratch = std::make_unique<trThreadScratch[]>(numThreadSlots);
+    threadRecords = std::make_unique<trThreadRenderRecord[]>(numThreadSlots);
     persistentMaterials.reserve(10000);
+    trShadingInterface::ABIStaticInit();
 }
 
 trPrivateGlobals::~trPrivateGlobals()

@@ -1,21 +1,16 @@
 #pragma once
 // Process-wide render state, built once at load: the table of spread directions,
-// per-thread scratch records allocated up front so that no render thread allocates
+// per-thread render records allocated up front so that no render thread allocates
 // them, and the global vector of persistent materials under its mutex.
 
 #include "foundation/trVector.h"
-#include "shading/trIntersection.h"
 
 #include <memory>
 #include <mutex>
 #include <vector>
 
 class trPersistentMaterial;
-
-// Scratch that one render thread uses while shading a hit.
-struct trThreadScratch {
-    trIntersection intersection;
-};
+struct trThreadRenderRecord;
 
 class trPrivateGlobals {
 public:
@@ -30,8 +25,8 @@ public:
     trVector const &Direction(unsigned index) const { return directions[index & (kNumDirections - 1)]; }
     trVector const *Directions() const { return directions; }
 
-    // One record for each thread slot, trMaxThreads of them.
-    trThreadScratch &ThreadScratch(int slot) { return threadScratch[slot]; }
+    // One record for each thread slot, trMaxThreads of them (trThreadRecord reads a row).
+    trThreadRenderRecord *ThreadRecords() { return threadRecords.get(); }
     int NumThreadSlots() const { return numThreadSlots; }
 
     double LoadTime() const { return loadTime; }
@@ -49,7 +44,7 @@ public:
 
 private:
     trVector directions[kNumDirections];
-    std::unique_ptr<trThreadScratch[]> threadScratch;
+    std::unique_ptr<trThreadRenderRecord[]> threadRecords;
     int numThreadSlots = 0;
     double loadTime = 0;
     std::mutex mutex;

@@ -1,0 +1,3 @@
+#include "shading/trShadingInterface.h"
+
+void trShadingInterface::ABIStaticInit() {}
