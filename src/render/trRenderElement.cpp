@@ -4,9 +4,9 @@
 
 namespace {
 
-constexpr int kNone = 0;
-constexpr int kSurfaces = 1;
-constexpr int kAtmosphere = 2;
+constexpr int kNone = trRenderElementGateNone;
+constexpr int kSurfaces = trRenderElementGateSurfaces;
+constexpr int kAtmosphere = trRenderElementGateAtmosphere;
 
 constexpr trRenderElementInfo kElements[trNumNamedRenderElements] = {
     {svRgb, "svRgb", "rgb", "RGB", kNone},

@@ -42,6 +42,14 @@ enum trRenderElementType : int {
 // Number of named elements (svRgb .. svSampleRate).
 constexpr int trNumNamedRenderElements = 32;
 
+// Which switch of a render layer an element also needs: surface elements need surfaces
+// to be allowed visible, atmosphere and cloud elements the atmosphere.
+enum trRenderElementGate : int {
+    trRenderElementGateNone = 0,
+    trRenderElementGateSurfaces = 1,
+    trRenderElementGateAtmosphere = 2,
+};
+
 // One row of the element table. Elements with no layer parameter have null
 // parameter and display names.
 struct trRenderElementInfo {
@@ -49,7 +57,7 @@ struct trRenderElementInfo {
     char const *name;        // "svRgb", ...
     char const *paramName;   // the render layer's flag, or null
     char const *displayName; // shown beside the flag, or null
-    int gate;                // 0 none, 1 surfaces, 2 atmosphere
+    int gate;                // a trRenderElementGate
 };
 
 // The row of a named element, or null for any other value.

@@ -1,0 +1,73 @@
+// Element image lists of a render target: lookup by type, shared copies, and the step
+// from float images to the byte images a host displays.
+
+#include "foundation/trColourFilters.h"
+#include "render/trRenderImageList.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class Halve : public trFColFilter {
+public:
+    trFCol operator()(trFCol const &c) const override { return trFCol(c.r * 0.5f, c.g * 0.5f, c.b * 0.5f); }
+};
+
+trFImage *Flat(float v)
+{
+    auto *image = new trFImage;
+    image->Init(0, 0, 4, 3);
+    image->Fill(trFCol(v, v, v));
+    return image;
+}
+
+} // namespace
+
+TEST(RenderImageList, FindTypeTakesTheFirstAndCopiesShare)
+{
+    trFImageList list(Flat(0.1f), Flat(1.0f), 1.0, true);
+    trFImageList copy = list;
+    copy.AddImage(Flat(0.2f), svSurfDepth, 2.0, false, false);
+    copy.AddImage(Flat(0.3f), svSurfDepth, 3.0, false, true);
+    ASSERT_EQ(list.NumImages(), 4u);
+
+    std::uint64_t index = 99;
+    ASSERT_TRUE(list.FindType(svSurfDepth, index));
+    EXPECT_EQ(index, 2u);
+    EXPECT_EQ(list.Exposure(index), 2.0);
+    EXPECT_STREQ(list.TypeString(index), "svSurfDepth");
+    EXPECT_TRUE(list.FindType(svAlpha, index));
+    EXPECT_EQ(index, 1u);
+    index = 99;
+    EXPECT_FALSE(list.FindType(svCloudDepth, index));
+    EXPECT_EQ(index, 99u);
+    list.DeleteImages();
+    EXPECT_EQ(copy.NumImages(), 0u);
+}
+
+// A byte list shorter than the float list converts only as many as it holds, each
+// through its own filter; null images on either side are skipped.
+TEST(RenderImageList, ByteListConvertsOnlyWhatItHolds)
+{
+    trFImageList floats(Flat(0.5f), Flat(1.0f), 1.0, true);
+    floats.AddImage(Flat(0.25f), svSurfDepth, 1.0, true, true);
+    Halve halve;
+    trBImage rgb, alpha;
+    trBImageList bytes(&rgb, nullptr, &alpha, &halve);
+
+    EXPECT_EQ(trSetBytePixelsFromFloatImageList(bytes, floats, 7), 2);
+    ASSERT_EQ(rgb.Width(), 4);
+    ASSERT_EQ(alpha.Height(), 3);
+    // 0.5 * 255 = 127.5 dithers to 127 or 128; halved 1.0 likewise.
+    for (trBImage const *b : {&rgb, &alpha})
+        for (int i = 0; i < 12; ++i) {
+            trBCol c = *b->BPixelRaw(i % 4, i / 4);
+            EXPECT_GE(c.r, 127);
+            EXPECT_LE(c.r, 128);
+        }
+    EXPECT_EQ(trSetBytePixelsFromFloatImageList(trBImageList(), floats, 7), 0);
+    trFImageList holes;
+    holes.AddImage(nullptr, svRgb, 1.0, true, true);
+    EXPECT_EQ(trSetBytePixelsFromFloatImageList(bytes, holes, 7), 0);
+    floats.DeleteImages();
+}
