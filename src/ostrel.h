@@ -18,6 +18,7 @@
 #include "foundation/trSystemTime.h"
 #include "foundation/trHostServices.h"
 #include "foundation/trChunkyAllocator.h"
+#include "foundation/trStack.h"
 #include "foundation/trSort.h"
 #include "foundation/trGlobals.h"
 #include "foundation/trPrivateGlobals.h"
@@ -54,17 +55,40 @@
 #include "scene/trSkeleton.h"
 #include "scene/trOctree.h"
 #include "scene/trLRUOctree.h"
+#include "scene/trView.h"
+#include "scene/trRenderTri.h"
+#include "scene/trRayCaches.h"
+#include "scene/trSceneMaker.h"
 
 // Shading
 #include "shading/trIntersection.h"
 #include "shading/trShader.h"
 #include "shading/trMaterial.h"
+#include "shading/trBsdf.h"
+#include "shading/trRenderSurfaceInfo.h"
+#include "shading/trRenderStateFrame.h"
+#include "shading/trRenderState.h"
+#include "shading/trThreadRenderRecord.h"
+#include "shading/trRayIdentities.h"
+#include "shading/trShadingInterface.h"
+#include "shading/trLightState.h"
+#include "shading/trLightOctree.h"
+#include "shading/trSkyCache.h"
 
 // Volumes
 #include "volumes/trAtmosList.h"
+#include "volumes/trVoxelLightingSystem.h"
 
 // Render
 #include "render/trRenderElement.h"
+#include "render/trRenderContext.h"
+#include "render/trRenderTarget.h"
+#include "render/trRenderImageList.h"
+#include "render/trRenderSettings.h"
+#include "render/trRenderGISettings.h"
+#include "render/trRenderLayer.h"
+#include "render/trRender.h"
+#include "render/trBucketRender.h"
 
 // Images
 #include "images/trImage.h"
