@@ -170,15 +170,17 @@ bool GifFrameTooLarge(Reader &in)
 template <typename Reader>
 bool IconUnsafe(Reader &in, long fileSize)
 {
+    // A directory cut short leaves the decoder reading sizes from bytes that aren't
+    // there: refuse it.
     unsigned char dir[6];
     if (!in.Read(dir, 6))
-        return false;
+        return true;
     int count = dir[4] | (dir[5] << 8);
     std::vector<long> offsets;
     for (int i = 0; i < count; ++i) {
         unsigned char e[16];
         if (!in.Read(e, 16))
-            break;
+            return true;
         long offset = long(e[12]) | (long(e[13]) << 8) | (long(e[14]) << 16) | (long(e[15]) << 24);
         // An entry pointing outside the file would be decoded from stale bytes.
         if (offset < 6 || offset >= fileSize)
