@@ -78,6 +78,7 @@
 // Volumes
 #include "volumes/trAtmosList.h"
 #include "volumes/trVoxelLightingSystem.h"
+#include "volumes/trVoxelScatterModel.h"
 
 // Render
 #include "render/trRenderElement.h"

@@ -4,6 +4,7 @@
 
 #include "foundation/trGlobals.h"
 
+#include "foundation/trCores.h"
 #include "foundation/trPrivateGlobals.h"
 #include "foundation/trRand.h"
 #include "foundation/trString.h"
@@ -12,6 +13,8 @@
 #include "nodes/trParamHint.h"
 #include "nodes/trUndo.h"
 #include "shading/trRayIdentities.h"
+#include "volumes/trVoxelLightingSystem.h"
+#include "volumes/trVoxelScatterModel.h"
 
 // Sentinels, then the default hints of parameters declared without one.
 trString const trEmptySentinel("#!}EMPTY{#!");
@@ -46,4 +49,9 @@ trPrivateGlobals trThePrivateGlobals;
 // Ray identities, one counter per thread, each starting 65,536 above the last.
 trRayIdentities trRayId;
 
+// The per-thread flags of the cloud lighting code, all clear, one byte per thread.
+std::vector<char> trVoxelLightingSystem::sIsDuringLookup(std::size_t(trMaxThreads()), 0);
+std::vector<char> trVoxelScatterModelA::sIsDuringLookup(std::size_t(trMaxThreads()), 0);
+
+// Draws the identities of undo tokens.
 trRand trUndoToken::ms_rand(90210);

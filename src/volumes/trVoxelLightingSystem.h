@@ -3,7 +3,13 @@
 // each voxel and cached per direction. The caches and lookups come with the voxel
 // lighting system; for now an instance is the render's two settings it is made from.
 
+#include <vector>
+
 namespace trVoxelLightingSystem {
+
+// One entry per render thread (trMaxThreads of them, made at load), set while that
+// thread is inside a lookup; only its own thread touches an entry.
+extern std::vector<char> sIsDuringLookup;
 
 struct Instance {
     // `firstSetting` is kept unchanged; `quality` sets the samples per side.

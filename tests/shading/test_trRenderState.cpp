@@ -1,3 +1,4 @@
+#include "foundation/trCores.h"
 #include "foundation/trMessages.h"
 #include "foundation/trRand.h"
 #include "render/trBucketRender.h"
@@ -13,9 +14,11 @@
 #include "shading/trRenderState.h"
 #include "shading/trThreadRenderRecord.h"
 #include "volumes/trVoxelLightingSystem.h"
+#include "volumes/trVoxelScatterModel.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -360,6 +363,16 @@ TEST(trRenderState, RayIdentitiesOfThreadsStart65536Apart)
         EXPECT_EQ(trRayIdentities()[i], (i << 16) + 1);
     trRayIdentities ids;
     EXPECT_EQ(&ids[256], &ids[0]) << "threads past the table wrap instead of writing past it";
+}
+
+TEST(trRenderState, PerThreadLookupFlagsHaveARowForEveryThreadSlot)
+{
+    // A render thread indexes these by its slot: a short table would be written past.
+    for (std::vector<char> const *flags :
+         {&trVoxelLightingSystem::sIsDuringLookup, &trVoxelScatterModelA::sIsDuringLookup}) {
+        ASSERT_EQ(flags->size(), std::size_t(trMaxThreads()));
+        EXPECT_EQ(std::count(flags->begin(), flags->end(), 0), long(flags->size()));
+    }
 }
 
 TEST(trRenderState, InitCountsPlainAndEnviroLightsAndMakesTheLightCaches)
