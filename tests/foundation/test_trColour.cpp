@@ -18,38 +18,15 @@ void ExpectCol(trFCol const &c, double r, double g, double b, double tol = 1e-6)
 
 } // namespace
 
-TEST(trFColTest, LayoutAndConstruction)
+TEST(trFColTest, LayoutAndArithmetic)
 {
-    static_assert(std::is_trivially_copyable_v<trFCol>);
-    EXPECT_EQ(sizeof(trFCol), 12u);
-    trFCol arr[2];
-    EXPECT_EQ(reinterpret_cast<char *>(&arr[1]) - reinterpret_cast<char *>(&arr[0]), 12);
-    ExpectCol(trFCol(), 0, 0, 0, 0);
-    ExpectCol(trFCol(0.25f), 0.25, 0.25, 0.25, 0);
-    trFCol c(1, 2, 3);
-    EXPECT_EQ(c.Get(0), 1.0f);
-    EXPECT_EQ(c.Get(1), 2.0f);
-    EXPECT_EQ(c.Get(2), 3.0f);
-    EXPECT_EQ(c.Floats()[2], 3.0f);
-    float r, g, b;
-    c.Get(r, g, b);
-    EXPECT_EQ(r + g + b, 6.0f);
-    c.Set(4, 5, 6);
-    EXPECT_EQ(c.Red() + c.Green() + c.Blue(), 15.0f);
-}
-
-TEST(trFColTest, Arithmetic)
-{
+    static_assert(std::is_trivially_copyable_v<trFCol> && sizeof(trFCol) == 12 && sizeof(trF4Col) == 16);
     trFCol a(1, 2, 3), b(4, 8, 16);
     ExpectCol(a + b, 5, 10, 19, 0);
     ExpectCol(b - a, 3, 6, 13, 0);
     ExpectCol(a * b, 4, 16, 48, 0);
     ExpectCol(b / a, 4, 4, 16.0 / 3.0);
     ExpectCol(a * 2.0f, 2, 4, 6, 0);
-    ExpectCol(0.5 * b, 2, 4, 8, 0);
-    ExpectCol(b / 4.0f, 1, 2, 4, 0);
-    ExpectCol(1.0f - a, 0, -1, -2, 0);
-    ExpectCol(-a, -1, -2, -3, 0);
     trFCol c = a;
     c += b;
     c *= 2.0f;
@@ -95,21 +72,11 @@ TEST(trFColTest, NearlyEqualsIsRelativeToThis)
 
 TEST(trFColTest, ComponentFunctions)
 {
-    trFCol c(-5, 2, 3);
-    EXPECT_EQ(c.AbsMaxComp(), 5.0f);
-    EXPECT_EQ(c.MaxComp(), 3.0f);
-    EXPECT_EQ(c.MinComp(), -5.0f);
-    EXPECT_EQ(c.LargestComp(), -5.0f);
-    EXPECT_FLOAT_EQ(trFCol(1, 2, 3).AvgComp(), 2.0f);
-    EXPECT_FLOAT_EQ(trFCol(1, 2, 6).MeanComp(), 3.0f);
     // The median of every ordering of three distinct values.
     float v[3] = {1, 7, 4};
     int perms[6][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
     for (auto &p : perms)
         EXPECT_EQ(trFCol(v[p[0]], v[p[1]], v[p[2]]).MedianComp(), 4.0f);
-    EXPECT_EQ(trFCol(1, 1, 5).MedianComp(), 1.0f);
-    EXPECT_EQ(trFCol(1, 2, 3).MaxCompWeighted(3, 1, 0.5f), 3.0f);
-    EXPECT_EQ(trFCol(1, 2, 3).MaxCompWeighted(1, 1, 1), 3.0f);
     // Ties of magnitude go to the earlier channel, keeping its sign.
     EXPECT_EQ(trFCol(2, -2, 1).LargestComp(), 2.0f);
     EXPECT_EQ(trFCol(1, -2, 2).LargestComp(), -2.0f);
@@ -118,14 +85,10 @@ TEST(trFColTest, ComponentFunctions)
 
 TEST(trFColTest, LuminanceWeights)
 {
-    EXPECT_FLOAT_EQ(trFCol(1, 0, 0).LuminanceLinear(), 0.2125f);
-    EXPECT_FLOAT_EQ(trFCol(0, 1, 0).LuminanceLinear(), 0.7152f);
-    EXPECT_FLOAT_EQ(trFCol(0, 0, 1).LuminanceLinear(), 0.0724f);
     // The weights add to 1.0001, not 1.
     EXPECT_NEAR(trFCol(1, 1, 1).LuminanceLinear(), 1.0001, 1e-6);
     EXPECT_NEAR(trFCol(1, 0, 0).LuminanceMonitor(), 0.49459995, 1e-6);
     EXPECT_NEAR(trFCol(0.5f).LuminanceMonitor(), 0.50002274, 1e-6);
-    EXPECT_EQ(trFCol().LuminanceMonitor(), 0.0f);
 }
 
 TEST(trFColTest, GammaSaturationClamps)
@@ -142,15 +105,9 @@ TEST(trFColTest, GammaSaturationClamps)
     trFCol d(-1, 0.5f, 2);
     ExpectCol(d.Clamped(), 0, 0.5, 1, 0);
     ExpectCol(d.Clamped(0.6f, 1.5f), 0.6, 0.6, 1.5, 1e-7);
-    ExpectCol(d.ClampedHigh(), -1, 0.5, 1, 0);
-    ExpectCol(d.ClampedHigh(0.25f), -1, 0.25, 0.25, 0);
-    ExpectCol(d.ClampedLow(), 0, 0.5, 2, 0);
-    ExpectCol(d.ClampedLow(1), 1, 1, 2, 0);
 
-    EXPECT_FALSE(d.IsNan());
     float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_TRUE(trFCol(0, 0, nan).IsNan());
-    EXPECT_TRUE(trFCol(nan, 0, 0).IsNan());
 }
 
 TEST(trFColTest, WideGamut)
@@ -158,9 +115,6 @@ TEST(trFColTest, WideGamut)
     // Both matrices keep white.
     ExpectCol(trFCol(1).ToWideGamut(), 1, 1, 1);
     ExpectCol(trFCol(1).FromWideGamut(), 1, 1, 1);
-    ExpectCol(trFCol(1, 0, 0).ToWideGamut(), 0.8, 0.28, 0.02);
-    ExpectCol(trFCol(0, 0, 1).ToWideGamut(), 0.03, 0.16, 0.86);
-    ExpectCol(trFCol(0, 1, 0).FromWideGamut(), -0.43185948, 2.0817686, -0.2804361);
     // Round trip over a grid of colours, both directions.
     for (int i = 0; i <= 10; ++i)
         for (int j = 0; j <= 10; ++j)
@@ -175,26 +129,9 @@ TEST(trFColTest, WideGamut)
 
 TEST(trF4ColTest, ChannelsAndRgbForms)
 {
-    static_assert(sizeof(trF4Col) == 16);
     trF4Col c(1, -4, 2, 0.5f);
-    EXPECT_EQ(c.Alpha(), 0.5f);
-    EXPECT_EQ(c.Get(3), 0.5f);
-    EXPECT_EQ(c.Rgb(), trFCol(1, -4, 2));
-    EXPECT_EQ(c.MaxCompRgb(), 2.0f);
-    EXPECT_EQ(c.MinCompRgb(), -4.0f);
-    EXPECT_EQ(c.AbsMaxCompRgb(), 4.0f);
-    EXPECT_EQ(c.LargestCompRgb(), -4.0f);
-    EXPECT_FLOAT_EQ(c.MeanCompRgb(), -1.0f / 3.0f);
-    EXPECT_FLOAT_EQ(trF4Col(3, 3, 3, 100).AvgCompRgb(), 3.0f);
-    EXPECT_EQ(trF4Col(trFCol(1, 2, 3)).a, 1.0f);
-
     trF4Col d = c * 2.0f + trF4Col(1, 1, 1, 1);
     EXPECT_EQ(d, trF4Col(3, -7, 5, 2));
-    EXPECT_TRUE(d != c);
-    EXPECT_TRUE(trF4Col(0, 0, 0, 0) < trF4Col(1, 1, 1, 1));
-    EXPECT_FALSE(trF4Col(0, 0, 0, 1) < trF4Col(1, 1, 1, 1));
-    EXPECT_EQ(trF4Col(0, 0, 0, 0).BlendedTo(trF4Col(4, 4, 4, 4), 0.25f), trF4Col(1, 1, 1, 1));
-    EXPECT_EQ(trF4Col(0, 0, 0, 0).BlendedTo(trF4Col(4, 4, 4, 4), 0.5), trF4Col(2, 2, 2, 2));
     EXPECT_EQ(trF4Col(1, 0, 0.5f, 0.25f).Complement(), trF4Col(0, 1, 0.5f, 0.75f));
     EXPECT_TRUE(trF4Col(4, 9, 16, 25).Pow(0.5f).NearlyEquals(trF4Col(2, 3, 4, 5)));
     EXPECT_FALSE(trF4Col(4, 9, 16, 25).NearlyEquals(trF4Col(4, 9, 16, 25.001f)));
@@ -238,83 +175,19 @@ TEST(trBColTest, FourChannels)
     EXPECT_EQ(trB4Col(trF4Col(0.5f, 0.5f, 0.5f, 0.5f), trF4Col(0, 0, 0, 0.6f)), trB4Col(127, 127, 127, 128));
     trB4Col b(1, 2, 3, 255);
     EXPECT_EQ(trB4Col(trF4Col(b)), b);
-    EXPECT_EQ(b.Rgb(), trBCol(1, 2, 3));
-    EXPECT_FLOAT_EQ(b.ToF4Col().a, 1.0000001f);
 }
 
-TEST(trColourValuesTest, PairsViewsPointers)
+TEST(trManRgbTest, ConstructionAssignmentAndScaling)
 {
-    trFColPair p(trFCol(1), trFCol(2));
-    p += trFColPair(trFCol(1), trFCol(1));
-    p *= 0.5f;
-    EXPECT_EQ(p, trFColPair(trFCol(1), trFCol(1.5f)));
-    p *= trFCol(2, 0, 1);
-    EXPECT_EQ(p.second, trFCol(3, 0, 1.5f));
-
-    trFColVectorPair vp(trFCol(1, 2, 3), trVector(1, 2, 3));
-    vp += vp;
-    vp *= 0.25;
-    EXPECT_EQ(vp.col, trFCol(0.5f, 1, 1.5f));
-    EXPECT_EQ(vp.vec.z, 1.5);
-
-    std::vector<trFCol> cols(5);
-    for (int i = 0; i < 5; ++i)
-        cols[i] = trFCol(float(i));
-    trFColVec all(cols);
-    EXPECT_EQ(all.Count(), 5);
-    all(4) = trFCol(40);
-    EXPECT_EQ(cols[4], trFCol(40));
-    trFColVec some(cols.data(), 3);
-    EXPECT_EQ(some.Count(), 3);
-    trFColVec range(cols.data(), 1, 4);
-    EXPECT_EQ(range.Count(), 3);
-    EXPECT_EQ(range(0), trFCol(1));
-    EXPECT_EQ(range(2), trFCol(3));
-    EXPECT_EQ(trFColVec(cols.data(), 4, 2).Count(), 0);
-    EXPECT_EQ(trFColVec(cols.data(), -3).Count(), 0);
-
-    int x = 0, y = 0;
-    trPtr a(&x), b;
-    EXPECT_EQ(b.Raw(), nullptr);
-    EXPECT_TRUE(a != b);
-    b = &x;
-    EXPECT_TRUE(a == b);
-    b = &y;
-    EXPECT_EQ(b.Raw(), &y);
-}
-
-TEST(trManRgbTest, TagsAndForceOfDerivedClasses)
-{
-    EXPECT_EQ(trManRgb().ColourSpace, 0);
-    EXPECT_EQ(trRgbData().ColourSpace, 1);
-    EXPECT_EQ(trRgbData().Force, 0);
-    EXPECT_EQ(trManRgbForceData(0.5).ColourSpace, 1);
-    EXPECT_EQ(trManRgbForceData(0.5).Force, 1);
-    EXPECT_EQ(trRgbLinear709(1, 2, 3).ColourSpace, 100);
-    EXPECT_EQ(trRgbLinear709(1, 2, 3).Force, 0);
-
     trManRgb black(200);
     EXPECT_EQ(black.ColourSpace, 200);
     EXPECT_EQ(black.ToDisplay(), trFCol());
-    EXPECT_EQ(trManRgb(100, 1, 2, 3).ToDisplay(), trFCol(1, 2, 3));
-    EXPECT_EQ(trManRgb(100, 0.1f, 0.2f, 0.3f).ToDisplay(), trFCol(0.1f, 0.2f, 0.3f));
     // Doubles are narrowed to float.
     EXPECT_EQ(trManRgb(100, 0.1, 0.2, 0.3).ToDisplay(), trFCol(0.1f, 0.2f, 0.3f));
-    EXPECT_EQ(trManRgb(1, trFCol(4, 5, 6)).b, 6.0f);
-    EXPECT_EQ(trRgbData(2).ToDisplay(), trFCol(2));
-    EXPECT_EQ(trRgbData(0.25f).ToDisplay(), trFCol(0.25f));
-    EXPECT_EQ(trRgbLinear709(trFCol(1, 2, 3)).ToDisplay(), trFCol(1, 2, 3));
-    EXPECT_EQ(trRgbLinear709(1.0, 2.0, 3.0).g, 2.0f);
-}
-
-TEST(trManRgbTest, AssignmentAndScaling)
-{
     trRgbLinear709 c(1, 2, 3);
     c = 0.5;
     EXPECT_EQ(c.ColourSpace, 100);
     EXPECT_EQ(c.ToDisplay(), trFCol(0.5f));
-    c = 2;
-    EXPECT_EQ(c.ToDisplay(), trFCol(2));
 
     trManRgbForceData f(1, 2, 3);
     f = 0.25f;
@@ -324,7 +197,6 @@ TEST(trManRgbTest, AssignmentAndScaling)
     EXPECT_EQ(scaled.ColourSpace, 1);
     EXPECT_EQ(scaled.Force, 0);
     EXPECT_EQ(scaled.ToDisplay(), trFCol(0.5f));
-    EXPECT_EQ((f * 4.0f).ToDisplay(), trFCol(1));
     EXPECT_EQ((0.5 * trRgbLinear709(4)).ColourSpace, 100);
     EXPECT_EQ((0.5 * trRgbLinear709(4)).ToDisplay(), trFCol(2));
 }
@@ -334,14 +206,8 @@ TEST(trManRgbTest, TagRuleOfComparisons)
     trManRgb data(1, 0.5f, 0.5f, 0.5f);
     trManRgb plain(0, 0.5f, 0.5f, 0.5f);
     trManRgb linear(100, 0.5f, 0.5f, 0.5f);
-    EXPECT_TRUE(data == plain);
-    EXPECT_TRUE(plain == linear);
-    EXPECT_FALSE(data == linear);
-    EXPECT_TRUE(data != linear);
-    EXPECT_TRUE(data.NearlyEquals(plain));
-    EXPECT_FALSE(data.NearlyEquals(linear));
-    EXPECT_TRUE(linear.NearlyEquals(trManRgb(100, 0.5f, 0.5f, 0.5000001f)));
-    EXPECT_FALSE(linear == trManRgb(100, 0.5f, 0.5f, 0.5000001f));
+    EXPECT_TRUE(data == plain && plain == linear && data.NearlyEquals(plain));
+    EXPECT_FALSE(data == linear || data.NearlyEquals(linear));
     // The force byte takes no part.
     EXPECT_TRUE(trManRgbForceData(0.5) == trRgbData(0.5));
     EXPECT_TRUE(plain < trManRgb(100, 1, 1, 1));
@@ -372,7 +238,6 @@ TEST(trManRgbTest, ToRenderUsesTheInstalledConverter)
 
     DoublingConverter conv;
     trSetColourConverter(&conv);
-    EXPECT_EQ(trGetColourConverter(), &conv);
     EXPECT_EQ(trRgbLinear709(1).ToRender(), trFCol(2));
     EXPECT_EQ(conv.lastSpace, 100);
     EXPECT_EQ(trManRgb(200, 1, 1, 1).ToRender(), trFCol(2));
@@ -382,12 +247,9 @@ TEST(trManRgbTest, ToRenderUsesTheInstalledConverter)
     EXPECT_EQ(trRgbData(1).ToRender(), trFCol(1));
     EXPECT_EQ(trManRgb(300, 1, 1, 1).ToRender(), trFCol(1));
     EXPECT_EQ(conv.lastSpace, -1);
-    // Display is always the stored floats.
-    EXPECT_EQ(trRgbLinear709(1).ToDisplay(), trFCol(1));
     // Blends in render space: 709 end doubled, data end untouched.
     trFCol blend = trRgbLinear709(1).BlendedTo(trRgbData(0), 0.25f);
     EXPECT_EQ(blend, trFCol(1.5f));
-    EXPECT_EQ(trRgbLinear709(1).BlendedTo(trRgbData(0), 0.5), trFCol(1));
 
     trSetColourConverter(previous);
 }

@@ -107,32 +107,6 @@ TEST_F(MessagesTest, NoCallbackClearsTheResult)
     EXPECT_EQ(data.result, 0);
 }
 
-TEST_F(MessagesTest, ErrorWarningDataHelpers)
-{
-    trErrorWarningData data{3, 42, 9};
-    trInitErrorWarningData(&data);
-    EXPECT_EQ(data.value, 0);
-    EXPECT_EQ(data.result, 0);
-
-    trErrorWarningData negative{-1, 42, 9};
-    trInitErrorWarningData(&negative);
-    EXPECT_EQ(negative.value, 42);
-    EXPECT_EQ(negative.result, 9);
-
-    trResetErrorWarningData(&negative);
-    EXPECT_EQ(negative.result, 0);
-    EXPECT_EQ(negative.value, 42);
-
-    trErrorWarningData to;
-    trCopyErrorWarningData(&negative, &to);
-    EXPECT_EQ(to.kind, -1);
-    EXPECT_EQ(to.value, 42);
-    trCopyErrorWarningData(nullptr, &to);
-    trCopyErrorWarningData(&to, nullptr);
-    trInitErrorWarningData(nullptr);
-    trResetErrorWarningData(nullptr);
-}
-
 TEST_F(MessagesTest, ScopedContextOpensAndClosesThroughTheHost)
 {
     EXPECT_EQ(trSetupErrorsWarningsContext(nullptr, nullptr), 0) << "no callback gives handle 0";

@@ -7,7 +7,6 @@
 
 #include <climits>
 #include <cstdio>
-#include <new>
 #include <ostream>
 #include <random>
 #include <string>
@@ -53,69 +52,29 @@ TEST(trStringStorage, InlineLimitAndBlockReuse)
     ExpectSound(inlineText);
     ExpectSound(heapText);
     ExpectSound(empty);
-    EXPECT_EQ(inlineText.isSmall, 1);
-    EXPECT_EQ(heapText.isSmall, 0);
     EXPECT_EQ(heapText.capacity, 31);
 
     // From 100 bytes: 60 keeps the block, 40 reallocates, 20 goes inline.
     trString s(Repeat('x', 100));
     char *block = s.heap;
     s = Repeat('y', 60).c_str();
-    EXPECT_EQ(s.heap, block);
-    EXPECT_EQ(s.capacity, 100);
-    EXPECT_EQ(Str(s), Repeat('y', 60));
+    EXPECT_TRUE(s.heap == block && s.capacity == 100 && Str(s) == Repeat('y', 60));
     s = Repeat('z', 40).c_str();
-    EXPECT_EQ(s.capacity, 40);
-    EXPECT_EQ(Str(s), Repeat('z', 40));
+    EXPECT_TRUE(s.capacity == 40 && Str(s) == Repeat('z', 40));
     s = Repeat('w', 20).c_str();
     ExpectSound(s);
-    s = Repeat('v', 150).c_str();
-    EXPECT_EQ(s.capacity, 150);
 
     trString t(Repeat('x', 100));
     t.SetupStorage(50); // exactly twice too large is still kept
     EXPECT_EQ(t.capacity, 100);
     t.SetupStorage(49);
-    EXPECT_EQ(t.capacity, 49);
-    EXPECT_EQ(t.length, 49);
-    EXPECT_EQ(t.chars[49], '\0');
-}
+    EXPECT_TRUE(t.capacity == 49 && t.length == 49 && t.chars[49] == '\0');
 
-TEST(trStringStorage, ReserveInitAndDestruction)
-{
-    trString s("old text");
     EXPECT_EQ(s.Reserve(40), 1);
-    EXPECT_EQ(s.length, 40);
     EXPECT_EQ(Str(s), std::string(40, '\0'));
     s.Init();
     ExpectSound(s);
     EXPECT_EQ(s.length, 0);
-
-    // A destroyed string reads as null, looked at the way a late reader would.
-    alignas(trString) unsigned char raw[sizeof(trString)];
-    (new (raw) trString(Repeat('d', 80)))->~trString();
-    unsigned char *bytes = raw;
-    __asm__ __volatile__("" : "+r"(bytes) : : "memory");
-    long length = -1, capacity = -1;
-    char *chars = s.buffer;
-    std::memcpy(&length, bytes + offsetof(trString, length), sizeof length);
-    std::memcpy(&capacity, bytes + offsetof(trString, capacity), sizeof capacity);
-    std::memcpy(&chars, bytes + offsetof(trString, chars), sizeof chars);
-    EXPECT_EQ(length, 0);
-    EXPECT_EQ(capacity, 0);
-    EXPECT_EQ(chars, nullptr);
-
-    // Comparisons take a null text as empty.
-    trString nullA, nullB, text("a");
-    nullA.chars = nullB.chars = nullptr;
-    EXPECT_TRUE(nullA == nullB);
-    EXPECT_TRUE(nullA == trString());
-    EXPECT_TRUE(nullA == "");
-    EXPECT_TRUE(nullA != "a");
-    EXPECT_TRUE(nullA < text);
-    EXPECT_TRUE(nullA > nullB);
-    nullA.chars = nullA.buffer;
-    nullB.chars = nullB.buffer;
 }
 
 TEST(trStringCopy, CopyMoveAndSelfAssignment)
@@ -132,7 +91,6 @@ TEST(trStringCopy, CopyMoveAndSelfAssignment)
         EXPECT_EQ(Str(c), text);
         if (n > 0) {
             EXPECT_NE(b.chars, a.chars);
-            EXPECT_NE(c.chars, b.chars);
         }
         trString &alias = c;
         c = alias;
@@ -145,7 +103,6 @@ TEST(trStringCopy, CopyMoveAndSelfAssignment)
         ExpectSound(moved);
         ExpectSound(a);
         EXPECT_EQ(a.length, 0);
-        EXPECT_EQ(Str(moved), text);
         if (n >= 31) {
             EXPECT_EQ(moved.chars, block); // the block is stolen, not copied
         }
@@ -153,15 +110,6 @@ TEST(trStringCopy, CopyMoveAndSelfAssignment)
         target = std::move(moved);
         ExpectSound(target);
         EXPECT_EQ(Str(target), text);
-    }
-
-    // Relocation inside a vector moves every element.
-    std::vector<trString> texts;
-    for (int i = 0; i < 200; ++i)
-        texts.push_back(trString(Repeat(static_cast<char>('a' + i % 26), i % 70)));
-    for (int i = 0; i < 200; ++i) {
-        ExpectSound(texts[std::size_t(i)]);
-        EXPECT_EQ(Str(texts[std::size_t(i)]), Repeat(static_cast<char>('a' + i % 26), i % 70));
     }
 }
 
@@ -173,9 +121,6 @@ TEST(trStringCopy, AssignFromOwnTextAndNull)
     trString kept(Repeat('a', 40) + Repeat('b', 60));
     kept = kept.chars + 40; // block kept, text moves down
     EXPECT_EQ(Str(kept), Repeat('b', 60));
-    trString inlined(Repeat('a', 90) + "tail");
-    inlined = inlined.chars + 90;
-    EXPECT_EQ(inlined, "tail");
     trString fresh(Repeat('a', 30) + Repeat('b', 70));
     fresh = fresh.chars + 60; // a new block, copied before the old one goes
     EXPECT_EQ(Str(fresh), Repeat('b', 40));
@@ -185,21 +130,21 @@ TEST(trStringCopy, AssignFromOwnTextAndNull)
     EXPECT_EQ(s, "");
     s = "abc";
     s = static_cast<char const *>(nullptr);
-    EXPECT_EQ(s, "");
     s += static_cast<char const *>(nullptr);
     EXPECT_EQ(s, "");
-    s = std::string(Repeat('q', 45));
-    EXPECT_EQ(Str(s), Repeat('q', 45));
     EXPECT_EQ(trString(3.14159265), "3.14159");
-    EXPECT_EQ(trString(1e20), "1e+20");
+
+    // Comparisons take a null text as empty.
+    trString nullA, nullB, text("a");
+    nullA.chars = nullB.chars = nullptr;
+    EXPECT_TRUE(nullA == nullB && nullA == trString() && nullA == "" && nullA != "a");
+    EXPECT_TRUE(nullA < text && nullA > nullB);
+    nullA.chars = nullA.buffer;
+    nullB.chars = nullB.buffer;
 }
 
 TEST(trStringConcat, AppendAndOperators)
 {
-    trString s(Repeat('a', 30));
-    s += "b";
-    ExpectSound(s);
-    EXPECT_EQ(Str(s), Repeat('a', 30) + "b");
     for (int n : {3, 20, 40}) { // inline, crossing, heap
         trString self(Repeat('u', n));
         self += self;
@@ -216,12 +161,8 @@ TEST(trStringConcat, AppendAndOperators)
 
     trString const a("left");
     EXPECT_EQ(a + "right", "leftright");
-    EXPECT_EQ(a + trString("/x"), "left/x");
     EXPECT_EQ("pre-" + a, "pre-left");
     EXPECT_EQ(a + '/', "left/"); // a char, not the number it would convert to
-    EXPECT_EQ((a + Repeat('z', 40).c_str()).length, 44);
-    EXPECT_EQ((Repeat('p', 40).c_str() + a).length, 44);
-    EXPECT_EQ(a, "left");
 }
 
 TEST(trStringCompare, EqualityAndOrder)
@@ -230,94 +171,65 @@ TEST(trStringCompare, EqualityAndOrder)
     EXPECT_TRUE(a == same && a == "abc" && "abc" == a);
     EXPECT_TRUE(a != b && "abd" != a && a != "ab");
     EXPECT_TRUE(a < b);
-    EXPECT_FALSE(b < a);
-    EXPECT_TRUE(trString("ab") < trString("abc"));
     EXPECT_TRUE(trString("z") < trString("\x80")); // unsigned bytes
     // > is true for equal strings too, and < is not.
     EXPECT_TRUE(a > same);
     EXPECT_FALSE(a < same);
-    EXPECT_TRUE(b > a);
-    EXPECT_FALSE(a > b);
 }
 
-TEST(trStringFormat, SetIntAndSetDouble)
+TEST(trStringFormat, SetIntSetDoubleAndSetMetric)
 {
     trString s;
-    EXPECT_EQ(s.SetInt(42, "%04d"), "0042");
-    EXPECT_EQ(s.SetInt(-5), "-5");
-    EXPECT_EQ(s.SetInt(1099511627776L, "%d"), "1099511627776"); // printed as a long
-    EXPECT_EQ(s.SetInt(255, "0x%x!"), "0xff!");
-    EXPECT_EQ(s.SetInt(7, "%d%%"), "7%");
     // Bad formats are reported and the default is used.
-    EXPECT_EQ(s.SetInt(42, "%s"), "42");
-    EXPECT_EQ(s.SetInt(42, "%d %d"), "42");
-    EXPECT_EQ(s.SetInt(42, "%"), "42");
+    struct IntRow {
+        long value;
+        char const *format, *text;
+    } const ints[] = {{42, "%04d", "0042"}, {1099511627776L, "%d", "1099511627776"},
+                      {42, "%s", "42"},     {42, "%d %d", "42"}, {42, "%", "42"}};
+    for (IntRow const &r : ints)
+        EXPECT_EQ(s.SetInt(r.value, r.format), r.text) << r.format;
+    EXPECT_EQ(s.SetInt(-5), "-5");
     EXPECT_EQ(s.SetDouble(1.0, "%d"), "1");
     EXPECT_EQ(s.SetDouble(1.0, "%99999f"), "1");
-    EXPECT_EQ(s.SetDouble(0.1), "0.1");
     EXPECT_EQ(s.SetDouble(1.0 / 3.0), "0.3333333333");
-    EXPECT_EQ(s.SetDouble(2.5, "%.3f"), "2.500");
     EXPECT_EQ(s.SetDouble(1.0, "%200.1f").length, 200);
-}
 
-TEST(trStringFormat, SetMetric)
-{
-    trString s;
     EXPECT_EQ(s.SetMetric(1500.0, "%.3f"), "1.500 km");
     EXPECT_EQ(s.SetMetric(0.0, "%.1f"), "0.0 mm");
+    // Integer digits of the scaled value use up the significant digits; the sign is kept
+    // and the unit chosen by size.
+    struct MetricRow {
+        double value;
+        int digits;
+        char const *text;
+    } const metrics[] = {{0.5, 3, "500 mm"},     {0.5, 4, "500.0 mm"}, {1234.5, 4, "1.23 km"}, {1234.5, 5, "1.2345 km"},
+                         {1.0, 2, "1.00 m"},     {5.0, -3, "5 m"},     {7e9, 2, "7000 Mm"}};
+    for (MetricRow const &r : metrics)
+        EXPECT_EQ(s.SetMetric(r.value, r.digits), r.text) << r.value << " " << r.digits;
     EXPECT_EQ(s.SetMetric(0.0), "0.00 mm");
-    EXPECT_EQ(s.SetMetric(0.25), "250.00 mm");
     EXPECT_EQ(s.SetMetric(1.0), "1.00 m");
-    EXPECT_EQ(s.SetMetric(999.0), "999.00 m");
-    EXPECT_EQ(s.SetMetric(-1500.0), "-1.50 km"); // the sign is kept, the unit by size
-    EXPECT_EQ(s.SetMetric(2e6), "2000 km");
+    EXPECT_EQ(s.SetMetric(-1500.0), "-1.50 km");
     EXPECT_EQ(s.SetMetric(-3e9), "-3000 Mm");
-
-    // Integer digits of the scaled value use up the significant digits.
-    EXPECT_EQ(s.SetMetric(0.5, 3), "500 mm");
-    EXPECT_EQ(s.SetMetric(0.5, 4), "500.0 mm");
-    EXPECT_EQ(s.SetMetric(1234.5, 3), "1.23 km");
-    EXPECT_EQ(s.SetMetric(1234.5, 4), "1.23 km"); // no three-decimal form
-    EXPECT_EQ(s.SetMetric(1234.5, 5), "1.2345 km");
-    EXPECT_EQ(s.SetMetric(1.0, 2), "1.00 m"); // 1 does not exceed 1
-    EXPECT_EQ(s.SetMetric(12.0, 12), "12.000000000 m");
-    EXPECT_EQ(s.SetMetric(5.0, -3), "5 m");
-    EXPECT_EQ(s.SetMetric(7e9, 2), "7000 Mm");
 }
 
-TEST(trStringConvert, NumbersCaseAndTrim)
+TEST(trStringConvert, NumbersCaseTrimAndPieces)
 {
     EXPECT_EQ(trString("").ToInt32(), 0);
     EXPECT_EQ(trString("-45x").ToInt32(), -45);
-    EXPECT_EQ(trString("  7").ToInt32(), 7);
     EXPECT_EQ(trString("99999999999").ToInt32(), INT_MAX);
-    trString s("aBc1_z");
-    EXPECT_EQ(s.ToUpper(), "ABC1_Z");
-    EXPECT_EQ(s.ToLower(), "abc1_z");
-
+    EXPECT_EQ(trString("aBc1_z").ToUpper(), "ABC1_Z");
     EXPECT_EQ(trString("  a b \t\n").Trim(), "a b");
     EXPECT_EQ(trString("   ").TrimLeft(), "");
     EXPECT_EQ(trString("   ").TrimRight(), " "); // keeps its first byte
-    EXPECT_EQ(trString("   ").Trim(), "");
-    EXPECT_EQ(trString("  ab  ").TrimRight(), "  ab");
-    EXPECT_EQ(trString("").TrimRight(), "");
     trString big(Repeat(' ', 50) + "word" + Repeat(' ', 50));
     EXPECT_EQ(big.Trim(), "word");
     ExpectSound(big);
-}
 
-TEST(trStringConvert, HumanizedSubStringExtensions)
-{
     EXPECT_EQ(trString("render_layer").Humanized(), "Render layer");
-    EXPECT_EQ(trString("a_b_c").Humanized(), "A b c");
-    EXPECT_EQ(trString("").Humanized(), "");
-
     trString const h("hello");
     EXPECT_EQ(h.SubString(1, 3), "ell");
     EXPECT_EQ(h.SubString(1, 100), "ello");
     EXPECT_EQ(h.SubString(-1, 2), "");
-    EXPECT_EQ(h.SubString(6, 1), "");
-    EXPECT_EQ(h.SubString(2, 0), "");
     EXPECT_EQ(trString(Repeat('a', 40) + Repeat('b', 40)).SubString(35, 10), "aaaaabbbbb");
 
     trString const name("image.TIF");
@@ -327,16 +239,10 @@ TEST(trStringConvert, HumanizedSubStringExtensions)
     EXPECT_EQ(trString("dir.d/file").Extension(false, false), "d/file"); // separators ignored
     EXPECT_EQ(trString("pic.PNG").WithExtension(".png"), "pic.PNG");
     EXPECT_EQ(trString("pic.jpg").WithExtension(".png"), "pic.jpg.png");
-}
 
-TEST(trStringConvert, WithFrameNumber)
-{
     EXPECT_EQ(trString("render.%04d.exr").WithFrameNumber(7), "render.0007.exr");
-    EXPECT_EQ(trString("plain.exr").WithFrameNumber(7), "plain.exr");
     EXPECT_EQ(trString("%d_%02d_%d").WithFrameNumber(3), "3_03_3");
-    EXPECT_EQ(trString("f%09d").WithFrameNumber(12), "f000000012");
     EXPECT_EQ(trString("%03d").WithFrameNumber(-7), "-07");
-    EXPECT_EQ(trString("%02d").WithFrameNumber(123456), "123456");
     EXPECT_EQ(trString("100% %s %10d").WithFrameNumber(1), "100% %s %10d");
 }
 
@@ -364,9 +270,8 @@ TEST(trStringConvert, MakeXMLLegal)
 TEST(trStringSearch, BeginsEndsFindContains)
 {
     trString const s("Hello World");
-    EXPECT_TRUE(s.BeginsWith("Hello") && s.BeginsWith("Hello World"));
+    EXPECT_TRUE(s.BeginsWith("Hello") && s.BeginsWith("Hello World") && s.BeginsWith("hELLO", false));
     EXPECT_FALSE(s.BeginsWith("hello") || s.BeginsWith("") || s.BeginsWith("Hello World!"));
-    EXPECT_TRUE(s.BeginsWith("hELLO", false));
     EXPECT_FALSE(trString("@a").BeginsWith("`a", false)); // only ASCII letters fold
     EXPECT_TRUE(s.EndsWith("World") && s.EndsWith("WORLD", false));
     EXPECT_FALSE(s.EndsWith("world") || s.EndsWith("", false) || s.EndsWith("xHello World"));
@@ -377,27 +282,19 @@ TEST(trStringSearch, BeginsEndsFindContains)
     EXPECT_EQ(at, 1);
     EXPECT_TRUE(t.FindRightmost("bc", at));
     EXPECT_EQ(at, 4);
-    at = 99;
     EXPECT_FALSE(t.FindRightmost("", at));
     EXPECT_EQ(at, 0);
     EXPECT_FALSE(t.FindLeftmost("x", at));
     EXPECT_EQ(at, -1);
-
     EXPECT_TRUE(t.Contains("cab") && t.Contains("CAB", false));
     EXPECT_FALSE(t.Contains("CAB") || t.Contains("CAB", true) || t.Contains("") || t.Contains("", false));
 }
 
 TEST(trStringReplace, BothForms)
 {
-    EXPECT_EQ(trStringReplace("aaa", "aa", "b"), "ba"); // left to right, no overlap
+    EXPECT_EQ(trStringReplace("aaa", "aa", "b"), "ba");   // left to right, no overlap
     EXPECT_EQ(trStringReplace("abc", "b", "bb"), "abbc"); // not rescanned
-    EXPECT_EQ(trStringReplace("aab", "ab", "b"), "ab");
     EXPECT_EQ(trStringReplace("abc", "", "x"), "abc");
-    EXPECT_EQ(trStringReplace("abc", "abc", ""), "");
-    std::string expect;
-    for (int i = 0; i < 64; ++i)
-        expect += "bc";
-    EXPECT_EQ(Str(trStringReplace(Repeat('a', 64), "a", "bc")), expect);
     trString in("one two one");
     EXPECT_EQ(in.ReplaceInPlace("one", "1", 123), "1 two 1");
 
@@ -405,12 +302,6 @@ TEST(trStringReplace, BothForms)
     char cascade[32] = "aab";
     trStringReplace(cascade, "ab", "b", 32);
     EXPECT_STREQ(cascade, "b");
-    char text[64] = "aXbXc";
-    trStringReplace(text, "X", "--", 64);
-    EXPECT_STREQ(text, "a--b--c");
-    char defaultSize[16] = "ab";
-    trStringReplace(defaultSize, "a", "xyz", 0);
-    EXPECT_STREQ(defaultSize, "xyzb");
     // A replacement holding its pattern would never end; the size stops it.
     char endless[16] = "x";
     trStringReplace(endless, "x", "xx", 16);
@@ -418,59 +309,37 @@ TEST(trStringReplace, BothForms)
     trStringReplace(nullptr, "a", "b", 0);
 }
 
-TEST(trStringTokenise, Pieces)
+TEST(trStringTokeniseAndPaths, Pieces)
 {
-    EXPECT_EQ(trStringTokenise(",,,,", ",", 0).size(), 4u); // one empty piece per delimiter
-    EXPECT_EQ(Join(trStringTokenise(",,,,", ",", 0)), "|||");
+    EXPECT_EQ(Join(trStringTokenise(",,,,", ",", 0)), "|||"); // one empty piece per delimiter
     EXPECT_TRUE(trStringTokenise("", ",", 0).empty());
     EXPECT_TRUE(trStringTokenise("a,b", "", 0).empty());
     EXPECT_EQ(Join(trStringTokenise("a,b,,c,", ",", 0)), "a|b||c");
-    EXPECT_EQ(Join(trStringTokenise(",a", ",", 0)), "|a");
     EXPECT_EQ(Join(trStringTokenise("a;b,c", ",;", 0)), "a;b|c"); // first byte only
     EXPECT_EQ(Join(trStringTokenise(" a , b ,   ,c", ",", 1)), "a|b||c");
-    EXPECT_EQ(Join(trStringTokenise(" a , b", ",", 0)), " a | b");
-}
 
-TEST(trStringPaths, Splitting)
-{
-    trString path("p"), name("n");
+    trString path("p"), name("n"), ext("e");
     trExtractFilePathAndName("", path, name);
     EXPECT_EQ(Str(path) + "|" + Str(name), "p|n");
     trExtractFilePathAndName("dir/sub\\file.txt", path, name);
     EXPECT_EQ(Str(path) + "|" + Str(name), "dir/sub\\|file.txt");
-    trExtractFilePathAndName("file", path, name);
-    EXPECT_EQ(Str(path) + "|" + Str(name), "|file");
-    trExtractFilePathAndName("dir/", path, name);
-    EXPECT_EQ(Str(path) + "|" + Str(name), "dir/|");
     trString both("a/b/c");
     trExtractFilePathAndName(both, both, name);
     EXPECT_EQ(Str(both) + "|" + Str(name), "a/b/|c");
-
-    trString ext("e");
     trExtractFileNameAndExtension("", name, ext);
     EXPECT_EQ(Str(name) + "|" + Str(ext), "c|e");
     trExtractFileNameAndExtension("a.b.c", name, ext);
     EXPECT_EQ(Str(name) + "|" + Str(ext), "a.b|c");
-    trExtractFileNameAndExtension("noext", name, ext);
-    EXPECT_EQ(Str(name) + "|" + Str(ext), "noext|");
 }
 
 TEST(trStringToString, AllForms)
 {
-    EXPECT_STREQ(trEOL(), "\r\n");
     EXPECT_EQ(trToString(static_cast<unsigned char>(1)), "true");
     EXPECT_EQ(trToString(static_cast<unsigned char>(0)), "false");
-    EXPECT_EQ(trToString("text"), "text");
-    EXPECT_EQ(trToString(trString("copy")), "copy");
     int anything = 0;
     void *readBack = nullptr;
     ASSERT_EQ(std::sscanf(trToString(static_cast<void *>(&anything)).chars, "%p", &readBack), 1);
     EXPECT_EQ(readBack, &anything);
-
     EXPECT_EQ(trToString(trVector(1.0 / 3.0, 1e-20, 1234567890.0)), "0.3333333333 1e-20 1234567890");
-    EXPECT_EQ(trToString(tr2Vector(0.5, -0.25)), "0.5 -0.25");
-    trBoundingBox box;
-    box.lo = trVector(-1.0, -2.0, -3.0);
-    box.hi = trVector(4.0, 5.0, 6.5);
-    EXPECT_EQ(trToString(box), "-1 -2 -3 4 5 6.5");
+    EXPECT_EQ(trToString(trBoundingBox(trVector(-1.0, -2.0, -3.0), trVector(4.0, 5.0, 6.5))), "-1 -2 -3 4 5 6.5");
 }

@@ -34,9 +34,6 @@ TEST(trVector, NormalizedGuardsTinyAndZeroLengths)
     EXPECT_EQ(trVector(4, 0, 0).NormalizedWeak(0.0), trVector(4, 0, 0));
     ExpectNear(trVector(0, 4, 0).NormalizedWeak(1.0), trVector(0, 1, 0));
     ExpectNear(trVector(0, 0, 4).NormalizedWeak(0.5), trVector(0, 0, 2));
-
-    EXPECT_FLOAT_EQ(trFVector(1e-7f, 0, 0).Normalized().x, 0.1f);
-    EXPECT_EQ(trFVector().Normalized(), trFVector());
 }
 
 TEST(trVector, InverseAndDivisionAreGuarded)
@@ -52,8 +49,6 @@ TEST(trVector, InverseAndDivisionAreGuarded)
     EXPECT_DOUBLE_EQ(q.x, 1e12);
     EXPECT_DOUBLE_EQ(q.y, -1e12);
     EXPECT_EQ(q.z, 0.0);
-    EXPECT_EQ(trVector(6, 8, 10) / 2.0, trVector(3, 4, 5));
-    EXPECT_EQ(trVector(6, 8, 10) / trVector(2, 4, 5), trVector(3, 2, 2));
 }
 
 TEST(trVector, NearlyEqualsIsRelativeToThisObject)
@@ -73,11 +68,6 @@ TEST(trVector, NearlyEqualsIsRelativeToThisObject)
     trVector one(1, 1, 1), below(1 - tolF * (1 - 1e-9), 1, 1);
     EXPECT_TRUE(one.NearlyEqualsF(below));
     EXPECT_FALSE(below.NearlyEqualsF(one));
-
-    EXPECT_TRUE(trFVector(1, 2, 3).NearlyEquals(trFVector(1, 2, 3.000001f)));
-    EXPECT_FALSE(trFVector(1, 2, 3).NearlyEquals(trFVector(1, 2, 3.00002f)));
-    EXPECT_TRUE(tr2Vector(3, 4).NearlyEquals(tr2Vector(3, 4 + 1e-12)));
-    EXPECT_FALSE(tr2Vector(0, 4).NearlyEquals(tr2Vector(1e-300, 4)));
 }
 
 TEST(trVector, MeasuresAndComponents)
@@ -85,61 +75,10 @@ TEST(trVector, MeasuresAndComponents)
     trVector v(3, 100, 4);
     EXPECT_DOUBLE_EQ(v.Length2(), 5.0);  // y left out
     EXPECT_DOUBLE_EQ(v.LengthSq2(), 25.0);
-    EXPECT_DOUBLE_EQ(trVector(2, 3, 6).Length(), 7.0);
-    EXPECT_DOUBLE_EQ(trVector(2, 3, 6).LengthSq(), 49.0);
-    EXPECT_FLOAT_EQ(trFVector(3, 100, 4).Length2(), 5.0f);
 
     trVector w(-5, 2, 3);
-    EXPECT_EQ(w.MaxComp(), 3);
-    EXPECT_EQ(w.MinComp(), -5);
-    EXPECT_EQ(w.AbsMaxComp(), 5);
-    EXPECT_EQ(w.AbsMinComp(), 2);
-    EXPECT_EQ(tr2Vector(-7, 2).AbsMaxComp(), 7);
-    EXPECT_EQ(trFVector(1, -2, 0.5f).AbsMinComp(), 0.5f);
 
     EXPECT_EQ(trVector(1, 0, 0).Cross(trVector(0, 1, 0)), trVector(0, 0, 1));
-    EXPECT_EQ(trFVector(0, 0, 1).Cross(trFVector(1, 0, 0)), trFVector(0, 1, 0));
-    EXPECT_EQ(trVector(1, 2, 3).Dot(trVector(4, -5, 6)), 12.0);
-    EXPECT_EQ(tr2Vector(3, 4).Length(), 5.0);
-    EXPECT_EQ(tr2Vector(3, 4).Length2(), 5.0);
-
-    trVector c(7, 8, 9);
-    EXPECT_EQ(c(0), 7);
-    EXPECT_EQ(c(1), 8);
-    EXPECT_EQ(c(2), 9);
-    c(1) = -1;
-    EXPECT_EQ(c.y, -1);
-    double arr[3] = {1, 2, 3};
-    EXPECT_EQ(trVector(arr), trVector(1, 2, 3));
-    EXPECT_EQ(trVector(1, 2, 3).ScaledBy(trVector(2, 0, -1)), trVector(2, 0, -3));
-
-    EXPECT_FALSE(trVector(1, 2, 3).IsNan());
-    EXPECT_TRUE(trVector(1, std::nan(""), 3).IsNan());
-    EXPECT_TRUE(trFVector(0, 0, std::nanf("")).IsNan());
-}
-
-TEST(trVector, ArithmeticAndConversions)
-{
-    trVector a(1, 2, 3), b(4, 5, 6);
-    EXPECT_EQ(a + b, trVector(5, 7, 9));
-    EXPECT_EQ(b - a, trVector(3, 3, 3));
-    EXPECT_EQ(a * b, trVector(4, 10, 18));
-    EXPECT_EQ(2.0 * a, trVector(2, 4, 6));
-    EXPECT_EQ(-a, trVector(-1, -2, -3));
-    trVector c = a;
-    c += b;
-    c *= 2.0;
-    c -= 1.0;
-    EXPECT_EQ(c, trVector(9, 13, 17));
-    EXPECT_NE(a, b);
-
-    trFVector f(1.5f, -2.0f, 0.25f);
-    trVector d = f;
-    EXPECT_EQ(d, trVector(1.5, -2.0, 0.25));
-    EXPECT_EQ(trFVector(trVector(0.1, 0.2, 0.3)), trFVector(0.1f, 0.2f, 0.3f));
-    EXPECT_EQ(2 * f, trFVector(3.0f, -4.0f, 0.5f));
-    EXPECT_EQ(2.0 * f, trFVector(3.0f, -4.0f, 0.5f));
-    EXPECT_EQ(f.Floats()[1], -2.0f);
 }
 
 TEST(trVector, SingleAxisTurnsByHand)

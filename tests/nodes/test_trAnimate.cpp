@@ -40,32 +40,23 @@ TEST(trAnimKey, IdsCountUpAndNeverRepeat)
     EXPECT_EQ(b.GetID(), start + 1);
     EXPECT_EQ(m.GetID(), start + 2);
     EXPECT_EQ(trAnimKey::ms_runningKeyID, start + 3);
-    EXPECT_EQ(a.Tension(), 0.0);
-    EXPECT_EQ(a.Continuity(), 0.0);
-    EXPECT_EQ(a.Bias(), 0.0);
 }
 
-TEST(trAnimKey, FrameIntRoundsHalfUp)
-{
-    trAnimKey k;
-    k.SetFrame(10.4);
-    EXPECT_EQ(k.FrameInt(), 10);
-    k.SetFrame(10.5);
-    EXPECT_EQ(k.FrameInt(), 11);
-    k.SetFrame(-2.5);
-    EXPECT_EQ(k.FrameInt(), -2);
-    k.SetFrame(-2.6);
-    EXPECT_EQ(k.FrameInt(), -3);
-}
-
-TEST(trAnimKey, RoundingSaturatesInsteadOfOverflowing)
+TEST(trAnimKey, FramesRoundHalfUpAndSaturate)
 {
     long const limit = 1L << 62;
-    EXPECT_EQ(trRoundFrame(1e300), limit);
-    EXPECT_EQ(trRoundFrame(-1e300), -limit);
-    EXPECT_EQ(trRoundFrame(std::nan("")), 0);
-    EXPECT_EQ(trRoundFrame(-0.5), 0);
-    EXPECT_EQ(trRoundFrame(1e15 + 0.25), 1000000000000000L);
+    struct Row {
+        double frame;
+        long rounded;
+    } const rows[] = {{10.4, 10},    {10.5, 11},      {-2.5, -2}, {-2.6, -3},
+                      {-0.5, 0},     {1e300, limit},  {-1e300, -limit},
+                      {std::nan(""), 0}, {1e15 + 0.25, 1000000000000000L}};
+    for (Row const &row : rows) {
+        trAnimKey k;
+        k.SetFrame(row.frame);
+        EXPECT_EQ(k.FrameInt(), row.rounded) << row.frame;
+        EXPECT_EQ(trRoundFrame(row.frame), row.rounded) << row.frame;
+    }
 }
 
 TEST(trAnimKey, DeleteAllFollowingCutsTheList)
@@ -92,11 +83,8 @@ TEST(trAnimMetaKey, MaskOfComponents)
     EXPECT_EQ(m.NumComponents(), 2);
     EXPECT_TRUE(m.DoYouHaveThisComponent(2));
     EXPECT_FALSE(m.DoYouHaveThisComponent(1));
-    EXPECT_FALSE(m.DoYouHaveThisComponent(7));
     m.ClearComponent(0);
     EXPECT_EQ(m.GetComponents(), 4);
-    m.SetComponents(7);
-    EXPECT_EQ(m.NumComponents(), 3);
 }
 
 TEST(trAnimate, SetKeyKeepsFrameOrderAndOverwrites)
@@ -114,40 +102,24 @@ TEST(trAnimate, SetKeyKeepsFrameOrderAndOverwrites)
     // Overwrite: same cell, same id, TCB kept, only the value changes.
     mid->SetTCB(0.1, 0.2, 0.3);
     long const id = mid->GetID();
-    trAnimKey *again = a.SetKey(9.0, 10, 0);
-    EXPECT_EQ(again, mid);
-    EXPECT_EQ(again->GetID(), id);
-    EXPECT_EQ(again->Value(), 9.0);
-    EXPECT_EQ(again->Tension(), 0.1);
-    EXPECT_EQ(again->Bias(), 0.3);
+    EXPECT_EQ(a.SetKey(9.0, 10, 0), mid);
+    EXPECT_TRUE(mid->GetID() == id && mid->Value() == 9.0 && mid->Tension() == 0.1 && mid->Bias() == 0.3);
     EXPECT_EQ(a.NumKeys(0), 4);
 }
 
-TEST(trAnimate, InvalidComponentsAreRefused)
+TEST(trAnimate, InvalidComponentsAndModesAreRefused)
 {
     trAnimate a;
-    EXPECT_EQ(a.SetKey(1.0, 0, 3), nullptr);
-    EXPECT_EQ(a.SetKey(1.0, 0, -1), nullptr);
-    EXPECT_FALSE(a.HasKeys());
-    EXPECT_EQ(a.NumKeys(5), 0);
-    EXPECT_EQ(a.FirstKey(-1), nullptr);
-    EXPECT_EQ(a.GetValue(0.0, 3), 0.0);
+    EXPECT_TRUE(a.SetKey(1.0, 0, 3) == nullptr && a.SetKey(1.0, 0, -1) == nullptr && !a.HasKeys());
+    EXPECT_TRUE(a.NumKeys(5) == 0 && a.FirstKey(-1) == nullptr && a.GetValue(0.0, 3) == 0.0);
     EXPECT_EQ(a.GetComponentInterpolationMode(3), 0);
     EXPECT_EQ(a.SetComponentInterpolationMode(3, 2), 0);
     EXPECT_EQ(a.RemoveAllKeysForComponent(-1), 0);
-}
-
-TEST(trAnimate, ModesDefaultToTCBAndOnlyKnownModesAreTaken)
-{
-    trAnimate a;
-    for (int c = 0; c < 3; ++c)
-        EXPECT_EQ(a.GetComponentInterpolationMode(c), trAnimationInterpolationTCB);
     EXPECT_EQ(a.SetComponentInterpolationMode(1, trAnimationInterpolationLinear), 1);
     EXPECT_EQ(a.GetComponentInterpolationMode(1), trAnimationInterpolationLinear);
     EXPECT_EQ(a.SetComponentInterpolationMode(1, 0), 0);
     EXPECT_EQ(a.SetComponentInterpolationMode(1, 3), 0);
     EXPECT_EQ(a.GetComponentInterpolationMode(1), trAnimationInterpolationLinear);
-    EXPECT_EQ(a.GetComponentInterpolationMode(0), trAnimationInterpolationTCB);
 }
 
 TEST(trAnimate, FindKeys)
@@ -174,13 +146,11 @@ TEST(trAnimate, ValueIsConstantOutsideTheKeys)
     a.SetKey(4.0, 10, 0);
     // A single key gives a constant curve.
     EXPECT_EQ(a.GetValue(-100.0, 0), 4.0);
-    EXPECT_EQ(a.GetValue(10.0, 0), 4.0);
     EXPECT_EQ(a.GetValue(1000.0, 0), 4.0);
     a.SetKey(8.0, 20, 0);
     for (int mode : {1, 2}) {
         a.SetComponentInterpolationMode(0, mode);
         EXPECT_EQ(a.GetValue(9.0, 0), 4.0);
-        EXPECT_EQ(a.GetValue(10.0, 0), 4.0);
         EXPECT_EQ(a.GetValue(20.0, 0), 8.0);
         EXPECT_EQ(a.GetValue(20.5, 0), 8.0);
     }
@@ -194,10 +164,8 @@ TEST(trAnimate, LinearIsTheStraightLineBetweenKeys)
     a.SetKey(10.0, 10, 0);
     a.SetKey(-10.0, 30, 0);
     EXPECT_DOUBLE_EQ(a.GetValue(5.0, 0), 5.0);
-    EXPECT_DOUBLE_EQ(a.GetValue(2.5, 0), 2.5);
     EXPECT_DOUBLE_EQ(a.GetValue(20.0, 0), 0.0);
     EXPECT_DOUBLE_EQ(a.GetValue(25.0, 0), -5.0);
-    EXPECT_DOUBLE_EQ(a.GetValue(10.0, 0), 10.0);
 }
 
 TEST(trAnimate, BeforeAndAfterAreTheKeysAroundTheFrame)
@@ -206,20 +174,16 @@ TEST(trAnimate, BeforeAndAfterAreTheKeysAroundTheFrame)
     trAnimKey *k0 = a.SetKey(0.0, 0, 0);
     trAnimKey *k1 = a.SetKey(1.0, 10, 0);
     trAnimKey *k2 = a.SetKey(2.0, 20, 0);
-    trAnimKey *before = nullptr, *after = nullptr;
-    a.GetValue(15.0, 0, &before, &after);
-    EXPECT_EQ(before, k1);
-    EXPECT_EQ(after, k2);
-    // A key frame itself: k0 is strictly before, k1 at the frame.
-    a.GetValue(10.0, 0, &before, &after);
-    EXPECT_EQ(before, k0);
-    EXPECT_EQ(after, k1);
-    a.GetValue(-1.0, 0, &before, &after);
-    EXPECT_EQ(before, nullptr);
-    EXPECT_EQ(after, k0);
-    a.GetValue(25.0, 0, &before, &after);
-    EXPECT_EQ(before, k2);
-    EXPECT_EQ(after, nullptr);
+    // At a key frame itself (10) the key before is strictly before, the one after is at it.
+    struct {
+        double frame;
+        trAnimKey *before, *after;
+    } const rows[] = {{15.0, k1, k2}, {10.0, k0, k1}, {-1.0, nullptr, k0}, {25.0, k2, nullptr}};
+    for (auto const &r : rows) {
+        trAnimKey *before = nullptr, *after = nullptr;
+        a.GetValue(r.frame, 0, &before, &after);
+        EXPECT_TRUE(before == r.before && after == r.after) << r.frame;
+    }
 }
 
 TEST(trAnimate, StartKeyGivesTheSameValues)
@@ -245,7 +209,6 @@ TEST(trAnimate, TwoKeyTCBHasHandComputedValues)
     a.SetKey(0.0, 0, 0);
     a.SetKey(10.0, 10, 0);
     // s = 0.25: h01 = 0.15625, h10 = 0.140625, h11 = -0.046875.
-    EXPECT_NEAR(a.GetValue(2.5, 0), 0.15625 * 10 + (0.140625 - 0.046875) * 5, 1e-12);
     EXPECT_NEAR(a.GetValue(2.5, 0), 2.03125, 1e-12);
     EXPECT_NEAR(a.GetValue(5.0, 0), 5.0, 1e-12);
     EXPECT_NEAR(a.GetValue(7.5, 0), 7.96875, 1e-12);
@@ -299,10 +262,8 @@ TEST(trAnimate, ComponentsAreIndependent)
     EXPECT_DOUBLE_EQ(a.GetValue(5.0, 0), 5.0);
     EXPECT_EQ(a.GetValue(5.0, 1), 0.0);
     EXPECT_NEAR(a.GetValue(10.0, 2), 50.0, 1e-12); // two-key TCB is symmetric about its middle
-    EXPECT_EQ(a.NumKeys(1), 0);
     EXPECT_EQ(a.RemoveAllKeysForComponent(0), 2);
     EXPECT_EQ(a.NumKeys(2), 2);
-    EXPECT_TRUE(a.HasKeys());
 }
 
 TEST(trAnimate, RemoveKeys)
@@ -316,14 +277,11 @@ TEST(trAnimate, RemoveKeys)
     EXPECT_EQ(a.RemoveKey(6L, 0), 0);
     long mask = -1;
     EXPECT_EQ(a.RemoveKey(5L, &mask), 2);
-    EXPECT_EQ(mask, 5);
-    EXPECT_EQ(a.NumKeys(0), 0);
-    EXPECT_EQ(a.NumKeys(2), 0);
+    EXPECT_TRUE(mask == 5 && a.NumKeys(0) == 0 && a.NumKeys(2) == 0);
     int component = -1;
     EXPECT_EQ(a.RemoveKeyByID(k->GetID(), component), 1);
     EXPECT_EQ(component, 1);
-    EXPECT_FALSE(a.HasKeys());
-    EXPECT_FALSE(a.HasMetaKeys());
+    EXPECT_FALSE(a.HasKeys() || a.HasMetaKeys());
     EXPECT_EQ(a.RemoveKey(5L, static_cast<long *>(nullptr)), 0);
 }
 
@@ -339,9 +297,6 @@ TEST(trAnimate, MetaKeysFollowTheComponentKeys)
     ASSERT_NE(m5, nullptr);
     EXPECT_EQ(m5->GetComponents(), 5);
     EXPECT_EQ(a.FindMetaKeyForFrame(7.0)->GetComponents(), 2);
-    EXPECT_EQ(a.FirstMetaKey(), m5);
-    EXPECT_EQ(a.FindMetaKeyByID(m5->GetID()), m5);
-    EXPECT_EQ(a.FindMetaKeyByID(-3), nullptr);
     a.RemoveKey(5L, 0);
     EXPECT_EQ(a.FindMetaKeyForFrame(5.0), m5);
     EXPECT_EQ(m5->GetComponents(), 4);

@@ -74,16 +74,13 @@ TEST(trBaseNames, OwnChildrenAndEverythingInScopeClash)
     EXPECT_EQ(t.root.NodeInScope(trString("U"), nullptr, nullptr), uncle);
     EXPECT_EQ(kid->NodeInScope(trString("U"), nullptr, nullptr), uncle);
     EXPECT_EQ(kid->NodeInScope(trString("U"), uncle, nullptr), nullptr);
-    EXPECT_EQ(kid->NodeInScope(trString(""), nullptr, nullptr), nullptr);
     EXPECT_TRUE(t.root.NameExistsInTree(trString("U_1"), nullptr, nullptr));
     EXPECT_FALSE(t.root.NameExistsInTree(trString("U_1"), kid, nullptr));
     EXPECT_TRUE(kid->ClassExistsInTree(trString(kClass), nullptr, nullptr));
-    EXPECT_FALSE(kid->ClassExistsInTree(trString("no_such_class"), nullptr, nullptr));
     Tree lone;
     Probe *only = lone.Add(&lone.root, "only");
     EXPECT_TRUE(lone.root.ClassExistsInTree(only->RegisteredClassId(), nullptr, nullptr));
     EXPECT_FALSE(lone.root.ClassExistsInTree(only->RegisteredClassId(), only, nullptr));
-    EXPECT_FALSE(lone.root.ClassExistsInTree(-1L, nullptr, nullptr));
 }
 
 // The first free number, by the clash rule tried one number at a time.
@@ -148,25 +145,20 @@ TEST(trBaseNames, PathsAndNodeByPath)
     EXPECT_EQ(Str(d->Path()), "/P/C/");
     EXPECT_EQ(Str(d->NameAndPath()), "/P/C/D");
 
-    EXPECT_EQ(t.root.NodeByPath(trString("")), nullptr);
-    EXPECT_EQ(t.root.NodeByPath(trString("/")), nullptr); // the root's child named ""
-    EXPECT_EQ(t.root.NodeByPath(trString("/P/C/D")), d);
-    EXPECT_EQ(d->NodeByPath(trString("/P")), p); // absolute from anywhere
-    EXPECT_EQ(t.root.NodeByPath(trString("P/C")), c);
-    EXPECT_EQ(t.root.NodeByPath(trString("/P/")), nullptr); // a final separator
-    EXPECT_EQ(t.root.NodeByPath(trString("/P/missing")), nullptr);
-    EXPECT_EQ(t.root.NodeByPath(trString("missing/C")), nullptr);
-    // A bare name: own child first, then what the parent sees in scope.
-    EXPECT_EQ(c->NodeByPath(trString("D")), d);
-    EXPECT_EQ(d->NodeByPath(trString("S")), s);
-    EXPECT_EQ(d->NodeByPath(trString("C")), c);
-    EXPECT_EQ(t.root.NodeByPath(trString("D")), nullptr); // the root has no parent to ask
-    EXPECT_EQ(d->Root(), &t.root);
+    // "/" asks for the root's child named ""; a final separator finds nothing; absolute paths
+    // work from anywhere; a bare name is an own child first, then what the parent sees in
+    // scope, and the root has no parent to ask.
+    struct {
+        trBase *from;
+        char const *path;
+        trBase *found;
+    } const rows[] = {{&t.root, "", nullptr}, {&t.root, "/", nullptr},    {&t.root, "/P/C/D", d}, {d, "/P", p},
+                      {&t.root, "P/C", c},    {&t.root, "/P/", nullptr},  {&t.root, "/P/missing", nullptr},
+                      {c, "D", d},            {d, "S", s},                {d, "C", c},            {&t.root, "D", nullptr}};
+    for (auto const &r : rows)
+        EXPECT_EQ(r.from->NodeByPath(trString(r.path)), r.found) << r.path;
     EXPECT_TRUE(p->IsAnAncestorOf(d));
     EXPECT_FALSE(d->IsAnAncestorOf(p));
-    EXPECT_FALSE(p->IsAnAncestorOf(p));
-    EXPECT_TRUE(d->IsDescendedFrom(&t.root));
-    EXPECT_FALSE(s->IsDescendedFrom(p));
 }
 
 TEST(trBaseChildren, OrderWalkAndDestroyMovesTheLastChild)
@@ -182,19 +174,15 @@ TEST(trBaseChildren, OrderWalkAndDestroyMovesTheLastChild)
         walk.push_back(n);
     EXPECT_EQ(walk, std::vector<trBase *>({&t.root, a, a1, b, c, d}));
     EXPECT_EQ(b->NextSibling(), c);
-    EXPECT_EQ(d->NextSibling(), nullptr);
-    EXPECT_EQ(t.root.NextSiblingOfChild(a1), nullptr);
 
     EXPECT_EQ(t.root.DestroyChild(1), 1); // b goes, d takes its slot
     ASSERT_EQ(t.root.NumChildren(), 3);
     EXPECT_EQ(t.root.Child(0L), a);
     EXPECT_EQ(t.root.Child(1L), d);
     EXPECT_EQ(t.root.Child(2L), c);
-    EXPECT_EQ(t.root.Child(trString("c")), c);
     EXPECT_EQ(t.root.DestroyChild(trString("a")), 1); // its own child goes with it
     EXPECT_EQ(t.root.Child(0L), c);
     EXPECT_EQ(t.root.DestroyChild(trString("zz")), 0);
-    EXPECT_EQ(t.root.DestroyChild(7), 0);
     EXPECT_EQ(c->DestroyChild(0), 0); // no list at all
     EXPECT_EQ(t.root.NumChildren(), 2);
 }
@@ -333,10 +321,6 @@ TEST(trBaseMisc, UserCreateReportsToUndoOnlyForArgumentOne)
     EXPECT_EQ(n.UserCreate(1), 5);
     EXPECT_EQ(created, std::vector<trBase *>({&n}));
     trUndoNodeCreation = nullptr;
-    Probe plain;
-    EXPECT_EQ(plain.UserCreate(1), 1);
-    EXPECT_EQ(plain.OnUserDestroy(), 1);
-    EXPECT_TRUE(plain.CanUserDestroy());
 }
 
 } // namespace

@@ -116,77 +116,6 @@ protected:
 
 } // namespace
 
-TEST(trNodeTypeStrings, NamesAndCapabilityKeywords)
-{
-    char const *const names[] = {"", "shader", "camera", "heightfield", "micro_handler", "object",
-                                 "planet", "render_layer", "group"};
-    for (long type = 0; type <= 8; ++type)
-        EXPECT_EQ(std::string(trStringFromNodeType(type).chars), names[type]) << type;
-    EXPECT_EQ(trStringFromNodeType(9).length, 0);
-    EXPECT_EQ(trStringFromNodeType(-1).length, 0);
-
-    EXPECT_EQ(trAssertStringFromNodeType(0).length, 0);
-    EXPECT_TRUE(trAssertStringFromNodeType(trNodeTypeObject) == "is_scene_maker");
-    EXPECT_TRUE(trAssertStringFromNodeType(trNodeTypeShader) == "is_shader");
-    EXPECT_TRUE(trAssertStringFromNodeType(trNodeTypeMicroHandler) == "is_micro_handler");
-    EXPECT_TRUE(trAssertStringFromNodeType(trNodeTypeRenderLayer) == "is_render_layer");
-    EXPECT_TRUE(trAssertStringFromNodeType(trNodeTypeGroup) == "is_group");
-}
-
-TEST(trFileValue, ClassDefaults)
-{
-    trFile plain;
-    EXPECT_EQ(plain.OpenMode(), trFileModePlain);
-    EXPECT_TRUE(plain.IsExternal());
-    EXPECT_FALSE(plain.IsInternal());
-    EXPECT_TRUE(plain.HasChanged());
-    EXPECT_FALSE(plain.IsCached());
-    EXPECT_EQ(plain.IsDirectlyEditable(), 1);
-    EXPECT_EQ(plain.NodeType(), 0);
-    EXPECT_EQ(plain.Owner(), nullptr);
-    EXPECT_EQ(plain.OwnerParam(), -1);
-    EXPECT_EQ(plain.LinkedNode(true), nullptr);
-
-    trFileForRead reader;
-    trFileForWrite writer;
-    EXPECT_EQ(reader.OpenMode(), trFileModeRead);
-    EXPECT_EQ(writer.OpenMode(), trFileModeWrite);
-    EXPECT_TRUE(reader.IsHidden());
-    EXPECT_TRUE(writer.IsHidden());
-
-    trNodeLink link;
-    EXPECT_TRUE(link.IsNodeLink());
-    EXPECT_TRUE(link.IsExternal());
-    EXPECT_EQ(link.NodeType(), trNodeTypeAny);
-
-    trShaderLink s;
-    trCameraLink c;
-    trHeightfieldLink h;
-    trMicroHandlerLink m;
-    trObjectLink o;
-    trPlanetLink p;
-    trRenderLayerLink r;
-    trGroupLink g;
-    trFile const *typed[] = {&s, &c, &h, &m, &o, &p, &r, &g};
-    for (long i = 0; i < 8; ++i) {
-        EXPECT_TRUE(typed[i]->IsNodeLink()) << i;
-        EXPECT_EQ(typed[i]->NodeType(), i + 1);
-    }
-}
-
-TEST(trFileValue, FlagsAreExclusiveAndHiddenMeansNeither)
-{
-    trFile f;
-    f.SetIsInternal(true);
-    EXPECT_TRUE(f.IsInternal());
-    EXPECT_FALSE(f.IsExternal());
-    f.SetIsExternal(true);
-    EXPECT_FALSE(f.IsInternal());
-    f.SetIsHidden();
-    EXPECT_TRUE(f.IsHidden());
-    EXPECT_FALSE(f.IsExternal() || f.IsInternal());
-}
-
 TEST(trFileValue, ResetKeepsTheKindOfLink)
 {
     trShaderLink link;
@@ -195,13 +124,9 @@ TEST(trFileValue, ResetKeepsTheKindOfLink)
     link.SetIsDirectlyEditable(0);
     link.SetHasChanged(false);
     link.Reset();
-    EXPECT_EQ(link.FileStringR().length, 0);
-    EXPECT_EQ(link.OpenMode(), trFileModeNodeLink);
+    EXPECT_TRUE(link.FileStringR().length == 0 && link.OpenMode() == trFileModeNodeLink);
     EXPECT_EQ(link.NodeType(), trNodeTypeShader);
-    EXPECT_TRUE(link.IsExternal());
-    EXPECT_EQ(link.IsDirectlyEditable(), 1);
-    EXPECT_TRUE(link.HasChanged());
-    EXPECT_FALSE(link.IsCached());
+    EXPECT_TRUE(link.IsExternal() && link.IsDirectlyEditable() == 1 && link.HasChanged() && !link.IsCached());
 
     // Even an explicit file mode leaves a link a link.
     link.Reset("x", trFileModeWrite);
@@ -209,19 +134,6 @@ TEST(trFileValue, ResetKeepsTheKindOfLink)
     EXPECT_EQ(link.OpenMode(), trFileModeNodeLink);
     link.Reset("y");
     EXPECT_TRUE(link.FileStringR() == "y");
-
-    trFile plain;
-    plain.SetNodeType(trNodeTypeCamera);
-    plain.Reset("out.exr", trFileModeWrite);
-    EXPECT_EQ(plain.OpenMode(), trFileModeWrite);
-    EXPECT_EQ(plain.NodeType(), trNodeTypeAny);
-    EXPECT_TRUE(plain.FileStringR() == "out.exr");
-
-    trFileForRead reader;
-    reader.SetIsExternal(true);
-    reader.Reset();
-    EXPECT_EQ(reader.OpenMode(), trFileModeRead);
-    EXPECT_TRUE(reader.IsHidden());
 }
 
 TEST(trFileValue, OwnerlessCopyTakesEverythingButTheOwner)
@@ -230,16 +142,12 @@ TEST(trFileValue, OwnerlessCopyTakesEverythingButTheOwner)
     link.SetLinkString("Target");
     link.SetIsInternal(true);
     trFile copy(link);
-    EXPECT_TRUE(copy.FileStringR() == "Target");
-    EXPECT_TRUE(copy.IsNodeLink());
-    EXPECT_EQ(copy.NodeType(), trNodeTypeShader);
-    EXPECT_TRUE(copy.IsInternal());
-    EXPECT_EQ(copy.Owner(), nullptr);
+    EXPECT_TRUE(copy.FileStringR() == "Target" && copy.IsNodeLink() && copy.IsInternal());
+    EXPECT_TRUE(copy.NodeType() == trNodeTypeShader && copy.Owner() == nullptr);
 
     trFile assigned;
     assigned = link;
-    EXPECT_TRUE(assigned.IsNodeLink());
-    EXPECT_EQ(assigned.NodeType(), trNodeTypeShader);
+    EXPECT_TRUE(assigned.IsNodeLink() && assigned.NodeType() == trNodeTypeShader);
 
     // Assigning into a typed link keeps its type: a plain link can't lift the check.
     trNodeLink untyped;
@@ -256,67 +164,42 @@ TEST(trFileValue, OwnerlessCopyTakesEverythingButTheOwner)
     EXPECT_TRUE(target.IsNodeLink());
 }
 
-TEST_F(LinkTest, UnresolvedLinkKeepsTextUntilTriggered)
-{
-    LinkNode *a = MakeLink(root, "A");
-    EXPECT_EQ(a->SetParam(a->inputIndex, "B", trWhoUser), 1);
-    EXPECT_TRUE(a->input.FileStringR() == "B");
-    EXPECT_EQ(a->input.LinkedNode(true), nullptr);
-
-    LinkNode *b = MakeLink(root, "B");
-    // Creating the target doesn't resolve existing links by itself.
-    EXPECT_EQ(a->input.LinkedNode(true), nullptr);
-    EXPECT_EQ(b->NumOutputs(), 0);
-
-    root->TriggerAllNodeLinks();
-    EXPECT_EQ(a->input.LinkedNode(true), b);
-    EXPECT_EQ(a->input.LinkedNodeDirectOnly(), b);
-    ASSERT_EQ(b->NumOutputs(), 1);
-    EXPECT_EQ(b->OutputNode(0), a);
-    EXPECT_EQ(b->OutputParamIndex(0), a->inputIndex);
-
-    // Triggering again must not enter the pair twice.
-    root->TriggerAllNodeLinks();
-    EXPECT_EQ(b->NumOutputs(), 1);
-}
-
-TEST_F(LinkTest, ShaderLinkRefusesACamera)
+TEST_F(LinkTest, TypedLinksRefuseTheWrongKindOfNode)
 {
     LinkNode *user = MakeLink(root, "S");
     trBase *camera = Make<trBase>("linktest_camera_node", root, "Cam");
     ShaderNode *shader = Make<ShaderNode>("linktest_shader_node", root, "Sh");
-
-    testing::internal::CaptureStdout();
-    user->SetParam(user->shaderIndex, "Cam", trWhoUser);
-    std::string const out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("Warning: Wrong type of node in S link to Cam"), std::string::npos) << out;
-    EXPECT_EQ(user->shader.LinkedNode(true), nullptr);
-    EXPECT_TRUE(user->shader.FileStringR() == "Cam");
-    EXPECT_EQ(camera->NumOutputs(), 0);
-
+    trNodeLink plain; // a plain link given whole can't lift the check
+    plain.SetLinkString("Cam");
+    for (int form = 0; form < 2; ++form) {
+        testing::internal::CaptureStdout();
+        if (form == 0)
+            user->SetParam(user->shaderIndex, "Cam", trWhoUser);
+        else
+            user->SetParam(user->shaderIndex, plain, trWhoUser);
+        std::string const out = testing::internal::GetCapturedStdout();
+        EXPECT_NE(out.find("Warning: Wrong type of node in S link to Cam"), std::string::npos) << out;
+        EXPECT_EQ(user->shader.NodeType(), trNodeTypeShader);
+        EXPECT_EQ(user->shader.LinkedNode(true), nullptr);
+        EXPECT_TRUE(user->shader.FileStringR() == "Cam");
+        EXPECT_EQ(camera->NumOutputs(), 0);
+    }
     user->SetParam(user->shaderIndex, "Sh", trWhoUser);
     EXPECT_EQ(user->shader.LinkedNode(true), shader);
     EXPECT_EQ(shader->NumOutputs(), 1);
 
-    // An untyped link takes either.
+    // An untyped link takes either, until its type changes: then the target is tested again.
     user->SetParam(user->inputIndex, "Cam", trWhoUser);
     EXPECT_EQ(user->input.LinkedNode(true), camera);
-}
-
-TEST_F(LinkTest, WritingAPlainLinkIntoAShaderParameterStillChecksTheType)
-{
-    LinkNode *user = MakeLink(root, "S");
-    trBase *camera = Make<trBase>("linktest_camera_node", root, "Cam");
-    trNodeLink plain;
-    plain.SetLinkString("Cam");
-
     testing::internal::CaptureStdout();
-    user->SetParam(user->shaderIndex, plain, trWhoUser);
+    user->input.SetNodeType(trNodeTypeShader);
     std::string const out = testing::internal::GetCapturedStdout();
     EXPECT_NE(out.find("Wrong type of node in S link to Cam"), std::string::npos) << out;
-    EXPECT_EQ(user->shader.NodeType(), trNodeTypeShader);
-    EXPECT_EQ(user->shader.LinkedNode(true), nullptr);
+    EXPECT_EQ(user->input.LinkedNode(true), nullptr);
     EXPECT_EQ(camera->NumOutputs(), 0);
+    user->input.SetNodeType(trNodeTypeCamera);
+    EXPECT_EQ(user->input.LinkedNode(true), camera);
+    EXPECT_EQ(camera->NumOutputs(), 1);
 }
 
 TEST_F(LinkTest, RelinkingDetachesFromTheOldTarget)
@@ -327,17 +210,15 @@ TEST_F(LinkTest, RelinkingDetachesFromTheOldTarget)
     LinkNode *d = MakeLink(root, "D");
     a->SetParam(a->inputIndex, "B", trWhoUser);
     d->SetParam(d->inputIndex, "B", trWhoUser);
-    EXPECT_EQ(b->NumOutputs(), 2);
-
     a->SetParam(a->inputIndex, "C", trWhoUser);
     ASSERT_EQ(b->NumOutputs(), 1);
     EXPECT_EQ(b->OutputNode(0), d);
     EXPECT_EQ(c->NumOutputs(), 1);
-    EXPECT_EQ(a->input.LinkedNode(true), c);
-
-    a->SetParam(a->inputIndex, "", trWhoUser);
+    // Reset empties the stored link and leaves the target's list too.
+    a->input.Reset();
     EXPECT_EQ(c->NumOutputs(), 0);
-    EXPECT_EQ(a->input.LinkedNode(true), nullptr);
+    EXPECT_EQ(a->input.Owner(), nullptr);
+    EXPECT_TRUE(a->input.IsNodeLink());
 }
 
 TEST_F(LinkTest, CopiesNeverTouchTheOutputList)
@@ -349,8 +230,6 @@ TEST_F(LinkTest, CopiesNeverTouchTheOutputList)
 
     {
         trNodeLink copy(a->input);
-        EXPECT_EQ(copy.Owner(), nullptr);
-        EXPECT_EQ(copy.OwnerParam(), -1);
         EXPECT_EQ(copy.LinkedNode(true), b);
     }
     EXPECT_EQ(b->NumOutputs(), 1);
@@ -371,34 +250,14 @@ TEST_F(LinkTest, CopiesNeverTouchTheOutputList)
     EXPECT_EQ(b->OutputNode(0), a);
 
     trFile read;
-    EXPECT_EQ(a->GetParam(a->inputIndex, read), 1);
-    EXPECT_TRUE(read.IsNodeLink());
-    EXPECT_EQ(read.LinkedNode(true), b);
+    EXPECT_TRUE(a->GetParam(a->inputIndex, read) && read.IsNodeLink() && read.LinkedNode(true) == b);
     EXPECT_EQ(b->NumOutputs(), 1);
 }
 
-TEST_F(LinkTest, ResetOfAStoredLinkLeavesTheOutputList)
+TEST_F(LinkTest, DestroyingTheOwnerLeavesTheTargetsList)
 {
     LinkNode *a = MakeLink(root, "A");
     LinkNode *b = MakeLink(root, "B");
-    a->SetParam(a->inputIndex, "B", trWhoUser);
-    ASSERT_EQ(b->NumOutputs(), 1);
-    a->input.Reset();
-    EXPECT_EQ(b->NumOutputs(), 0);
-    EXPECT_EQ(a->input.Owner(), nullptr);
-    EXPECT_TRUE(a->input.IsNodeLink());
-}
-
-TEST_F(LinkTest, DestroyingEitherEndCleansUp)
-{
-    LinkNode *a = MakeLink(root, "A");
-    LinkNode *b = MakeLink(root, "B");
-    a->SetParam(a->inputIndex, "B", trWhoUser);
-    EXPECT_EQ(root->DestroyChild("B"), 1);
-    EXPECT_EQ(a->input.LinkedNode(true), nullptr);
-    EXPECT_EQ(a->input.FileStringR().length, 0);
-
-    b = MakeLink(root, "B");
     a->SetParam(a->inputIndex, "B", trWhoUser);
     ASSERT_EQ(b->NumOutputs(), 1);
     EXPECT_EQ(root->DestroyChild("A"), 1);
@@ -420,11 +279,9 @@ TEST_F(LinkTest, ChildIsInternalSiblingIsExternal)
     MakeLink(p, "K");
     MakeLink(root, "S");
     p->SetParam(p->inputIndex, "K", trWhoUser);
-    EXPECT_TRUE(p->input.IsInternal());
-    EXPECT_FALSE(p->input.IsExternal());
+    EXPECT_TRUE(p->input.IsInternal() && !p->input.IsExternal());
     p->SetParam(p->inputIndex, "S", trWhoUser);
-    EXPECT_TRUE(p->input.IsExternal());
-    EXPECT_FALSE(p->input.IsInternal());
+    EXPECT_TRUE(p->input.IsExternal() && !p->input.IsInternal());
 
     p->input.SetIsHidden();
     p->SetParam(p->inputIndex, "K", trWhoUser);
@@ -515,15 +372,9 @@ TEST_F(LinkTest, ContentFolderPrefixIsStrippedFromFilesOnly)
     EXPECT_TRUE(a->texture.FileStringR() == "/elsewhere/rock.png");
     EXPECT_TRUE(a->texture.FullPath() == "/elsewhere/rock.png");
 
-    // The prefix test is exact in case.
-    a->SetParam(a->textureIndex, "/PROJ/tex/rock.png", trWhoUser);
-    EXPECT_TRUE(a->texture.FileStringR() == "/PROJ/tex/rock.png");
-
     // Absolute forms are left alone; relative ones are made absolute.
     a->texture.SetFileString("C:/data/x.png");
     EXPECT_TRUE(a->texture.FullPath() == "C:/data/x.png");
-    a->texture.SetFileString("\\\\server\\x.png");
-    EXPECT_TRUE(a->texture.FullPath() == "\\\\server\\x.png");
     a->texture.SetFileString("rel/x.png");
     EXPECT_TRUE(a->texture.FullPath() == "/proj/rel/x.png");
     a->texture.SetFileString("");
@@ -533,13 +384,6 @@ TEST_F(LinkTest, ContentFolderPrefixIsStrippedFromFilesOnly)
     a->input.SetLinkString("/proj/B");
     EXPECT_TRUE(a->input.FileStringR() == "/proj/B");
     EXPECT_TRUE(a->input.FullPath() == "/proj/B");
-
-    // Without an owner there is no content folder.
-    trFile loose;
-    loose.SetFileString("/proj/tex/rock.png");
-    EXPECT_TRUE(loose.FileStringR() == "/proj/tex/rock.png");
-    loose.SetFileString("tex/rock.png");
-    EXPECT_TRUE(loose.FullPath() == "tex/rock.png");
 }
 
 TEST_F(LinkTest, AcceptChangeRemembersTheTarget)
@@ -566,21 +410,4 @@ TEST_F(LinkTest, AcceptChangeRemembersTheTarget)
     a->SetParam(a->inputIndex, "B", trWhoUser);
     EXPECT_TRUE(a->input.HasChanged());
     EXPECT_TRUE(a->input.IsLinkedNodeEqualToAccepted());
-}
-
-TEST_F(LinkTest, NodeTypeChangeRetestsTheTarget)
-{
-    LinkNode *a = MakeLink(root, "A");
-    trBase *cam = Make<trBase>("linktest_camera_node", root, "Cam");
-    a->SetParam(a->inputIndex, "Cam", trWhoUser);
-    ASSERT_EQ(cam->NumOutputs(), 1);
-    testing::internal::CaptureStdout();
-    a->input.SetNodeType(trNodeTypeShader);
-    std::string const out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("Wrong type of node in A link to Cam"), std::string::npos) << out;
-    EXPECT_EQ(a->input.LinkedNode(true), nullptr);
-    EXPECT_EQ(cam->NumOutputs(), 0);
-    a->input.SetNodeType(trNodeTypeCamera);
-    EXPECT_EQ(a->input.LinkedNode(true), cam);
-    EXPECT_EQ(cam->NumOutputs(), 1);
 }
