@@ -110,12 +110,16 @@ inline double SaneCoordinate(double u)
     return std::clamp(u, -1e15, 1e15);
 }
 
-// The four taps and weights of the smooth kernel around u.
-struct SmoothTaps {
-    long index[4];
-    double weight[4];
+// The taps of a separable kernel along one axis: pixel indices and weights.
+template <int N>
+struct Taps {
+    long index[N];
+    double weight[N];
 };
+using SmoothTaps = Taps<4>;
+using LinearTaps = Taps<2>;
 
+// The four taps and weights of the smooth kernel around u.
 inline SmoothTaps MakeSmoothTaps(double u)
 {
     SmoothTaps t;
@@ -131,11 +135,6 @@ inline SmoothTaps MakeSmoothTaps(double u)
     return t;
 }
 
-struct LinearTaps {
-    long index[2];
-    double weight[2];
-};
-
 inline LinearTaps MakeLinearTaps(double u)
 {
     LinearTaps t;
@@ -146,6 +145,49 @@ inline LinearTaps MakeLinearTaps(double u)
         t.weight[j] = 1.0 - std::fabs(u - double(k + j));
     }
     return t;
+}
+
+// Adds weight x (the row's pixels under the x taps) to sum. `pixelAt(column)` reads
+// the row. Taps of no weight are skipped: they add nothing and needn't be read.
+template <int N, class PixelAt>
+inline void AddRow(Taps<N> const &tx, int width, bool wrapX, PixelAt pixelAt, double weight, double sum[4])
+{
+    double row[4] = {0.0, 0.0, 0.0, 0.0};
+    for (int i = 0; i < N; ++i) {
+        if (!(tx.weight[i] > 0.0))
+            continue;
+        trF4Col p = pixelAt(WrapOrClamp(tx.index[i], width, wrapX));
+        row[0] += p.r * tx.weight[i];
+        row[1] += p.g * tx.weight[i];
+        row[2] += p.b * tx.weight[i];
+        row[3] += p.a * tx.weight[i];
+    }
+    for (int c = 0; c < 4; ++c)
+        sum[c] += row[c] * weight;
+}
+
+// A volume's pixels under a separable kernel of N taps per axis.
+template <int N>
+trF4Col VolumeLookup(trImage3 const &image, Taps<N> const &tx, Taps<N> const &ty, Taps<N> const &tz, bool wrapX,
+                     bool wrapY, bool wrapZ)
+{
+    double sum[4] = {0.0, 0.0, 0.0, 0.0};
+    for (int k = 0; k < N; ++k) {
+        if (!(tz.weight[k] > 0.0))
+            continue;
+        int zi = WrapOrClamp(tz.index[k], image.Depth(), wrapZ);
+        double plane[4] = {0.0, 0.0, 0.0, 0.0};
+        for (int j = 0; j < N; ++j) {
+            if (!(ty.weight[j] > 0.0))
+                continue;
+            int yi = WrapOrClamp(ty.index[j], image.Height(), wrapY);
+            AddRow(tx, image.Width(), wrapX,
+                   [&](int xi) { return image.F4ColFromPixel(image.PixelRaw(xi, yi, zi)); }, ty.weight[j], plane);
+        }
+        for (int c = 0; c < 4; ++c)
+            sum[c] += plane[c] * tz.weight[k];
+    }
+    return trF4Col(float(sum[0]), float(sum[1]), float(sum[2]), float(sum[3]));
 }
 
 } // namespace
@@ -277,19 +319,8 @@ trF4Col trImage::F4ColLookupSmooth(double x, double y, bool wrapX, bool wrapY) c
         if (!(ty.weight[j] > 0.0))
             continue;
         int row = WrapOrClamp(ty.index[j], height, wrapY);
-        double rowSum[4] = {0.0, 0.0, 0.0, 0.0};
-        for (int i = 0; i < 4; ++i) {
-            if (!(tx.weight[i] > 0.0))
-                continue;
-            int column = WrapOrClamp(tx.index[i], width, wrapX);
-            trF4Col p = F4ColFromPixel(PixelRaw(column, row));
-            rowSum[0] += p.r * tx.weight[i];
-            rowSum[1] += p.g * tx.weight[i];
-            rowSum[2] += p.b * tx.weight[i];
-            rowSum[3] += p.a * tx.weight[i];
-        }
-        for (int c = 0; c < 4; ++c)
-            sum[c] += rowSum[c] * ty.weight[j];
+        AddRow(tx, width, wrapX, [&](int column) { return F4ColFromPixel(PixelRaw(column, row)); }, ty.weight[j],
+               sum);
     }
     return trF4Col(float(sum[0]), float(sum[1]), float(sum[2]), float(sum[3]));
 }
@@ -645,31 +676,8 @@ trF4Col trImage3::F4ColLookupLinear(double x, double y, double z, bool wrapX, bo
 {
     if (!pixels || width <= 0 || height <= 0 || depth <= 0)
         return trF4Col(0.0f, 0.0f, 0.0f, 0.0f);
-    LinearTaps tx = MakeLinearTaps(x - 0.5);
-    LinearTaps ty = MakeLinearTaps(y - 0.5);
-    LinearTaps tz = MakeLinearTaps(z - 0.5);
-    double sum[4] = {0.0, 0.0, 0.0, 0.0};
-    for (int k = 0; k < 2; ++k) {
-        int zi = WrapOrClamp(tz.index[k], depth, wrapZ);
-        double plane[4] = {0.0, 0.0, 0.0, 0.0};
-        for (int j = 0; j < 2; ++j) {
-            int yi = WrapOrClamp(ty.index[j], height, wrapY);
-            double row[4] = {0.0, 0.0, 0.0, 0.0};
-            for (int i = 0; i < 2; ++i) {
-                int xi = WrapOrClamp(tx.index[i], width, wrapX);
-                trF4Col p = F4ColFromPixel(PixelRaw(xi, yi, zi));
-                row[0] += p.r * tx.weight[i];
-                row[1] += p.g * tx.weight[i];
-                row[2] += p.b * tx.weight[i];
-                row[3] += p.a * tx.weight[i];
-            }
-            for (int c = 0; c < 4; ++c)
-                plane[c] += row[c] * ty.weight[j];
-        }
-        for (int c = 0; c < 4; ++c)
-            sum[c] += plane[c] * tz.weight[k];
-    }
-    return trF4Col(float(sum[0]), float(sum[1]), float(sum[2]), float(sum[3]));
+    return VolumeLookup(*this, MakeLinearTaps(x - 0.5), MakeLinearTaps(y - 0.5), MakeLinearTaps(z - 0.5), wrapX, wrapY,
+                        wrapZ);
 }
 
 trFCol trImage3::FColLookupSmooth(double x, double y, double z, bool wrapX, bool wrapY, bool wrapZ) const
@@ -682,37 +690,8 @@ trF4Col trImage3::F4ColLookupSmooth(double x, double y, double z, bool wrapX, bo
 {
     if (!pixels || width <= 0 || height <= 0 || depth <= 0)
         return trF4Col(0.0f, 0.0f, 0.0f, 0.0f);
-    SmoothTaps tx = MakeSmoothTaps(x - 0.5);
-    SmoothTaps ty = MakeSmoothTaps(y - 0.5);
-    SmoothTaps tz = MakeSmoothTaps(z - 0.5);
-    double sum[4] = {0.0, 0.0, 0.0, 0.0};
-    for (int k = 0; k < 4; ++k) {
-        if (!(tz.weight[k] > 0.0))
-            continue;
-        int zi = WrapOrClamp(tz.index[k], depth, wrapZ);
-        double plane[4] = {0.0, 0.0, 0.0, 0.0};
-        for (int j = 0; j < 4; ++j) {
-            if (!(ty.weight[j] > 0.0))
-                continue;
-            int yi = WrapOrClamp(ty.index[j], height, wrapY);
-            double row[4] = {0.0, 0.0, 0.0, 0.0};
-            for (int i = 0; i < 4; ++i) {
-                if (!(tx.weight[i] > 0.0))
-                    continue;
-                int xi = WrapOrClamp(tx.index[i], width, wrapX);
-                trF4Col p = F4ColFromPixel(PixelRaw(xi, yi, zi));
-                row[0] += p.r * tx.weight[i];
-                row[1] += p.g * tx.weight[i];
-                row[2] += p.b * tx.weight[i];
-                row[3] += p.a * tx.weight[i];
-            }
-            for (int c = 0; c < 4; ++c)
-                plane[c] += row[c] * ty.weight[j];
-        }
-        for (int c = 0; c < 4; ++c)
-            sum[c] += plane[c] * tz.weight[k];
-    }
-    return trF4Col(float(sum[0]), float(sum[1]), float(sum[2]), float(sum[3]));
+    return VolumeLookup(*this, MakeSmoothTaps(x - 0.5), MakeSmoothTaps(y - 0.5), MakeSmoothTaps(z - 0.5), wrapX, wrapY,
+                        wrapZ);
 }
 
 // ---------------------------------------------------------------------------
