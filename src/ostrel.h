@@ -13,6 +13,7 @@
 #include "foundation/trRay.h"
 #include "foundation/trGeometry.h"
 #include "foundation/trMessages.h"
+#include "foundation/trJoin.h"
 #include "foundation/trRand.h"
 #include "foundation/trCores.h"
 #include "foundation/trSystemTime.h"

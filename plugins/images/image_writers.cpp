@@ -34,8 +34,6 @@
 
 namespace {
 
-using trImageIOText::Join;
-
 // One sample of any of our layouts as a float, by the library's conversion table.
 inline float SampleToFloat(trImage const &image, unsigned char const *pixel, int channel)
 {
@@ -82,13 +80,13 @@ void RowToFloats(trImage const &image, int y, float *out)
 bool CheckImage(char const *writer, trImage const *image, trString const &path)
 {
     if (!image || !image->Pixels() || image->Width() <= 0 || image->Height() <= 0) {
-        trError(Join(writer, ": image is null! Nothing written to ", path));
+        trError(trJoin(writer, ": image is null! Nothing written to ", path));
         return false;
     }
     int const channels = image->NumChannels();
     int const bytes = image->BytesPerChannel();
     if (channels < 1 || channels > 4 || (bytes != 1 && bytes != 2 && bytes != 4)) {
-        trError(Join(writer, ": unsupported image layout (", channels, " channels of ", bytes,
+        trError(trJoin(writer, ": unsupported image layout (", channels, " channels of ", bytes,
                      " bytes); nothing written to ", path));
         return false;
     }
@@ -106,16 +104,16 @@ public:
             return 0;
         int const pixelTypeValue = info ? info->GetExrPixelType() : 1;
         if (pixelTypeValue != Imf::HALF && pixelTypeValue != Imf::FLOAT) {
-            trError(Join("image_writer_exr: unsupported EXR pixel type ", pixelTypeValue,
+            trError(trJoin("image_writer_exr: unsupported EXR pixel type ", pixelTypeValue,
                          " (1 half, 2 float); nothing written to ", path));
             return 0;
         }
         try {
             return Write(*image, path, Imf::PixelType(pixelTypeValue));
         } catch (std::exception const &e) {
-            trError(Join("image_writer_exr: Unable to write file ", path, ": ", e.what()));
+            trError(trJoin("image_writer_exr: Unable to write file ", path, ": ", e.what()));
         } catch (...) {
-            trError(Join("image_writer_exr: Unable to write file ", path));
+            trError(trJoin("image_writer_exr: Unable to write file ", path));
         }
         return 0;
     }
@@ -197,7 +195,7 @@ public:
         if (bits == 0)
             bits = image->BytesPerChannel() * 8;
         if (bits != 8 && bits != 16 && bits != 32) {
-            trError(Join("image_writer_tiff: unsupported bits per channel ", bits, " (8, 16 or 32); nothing written to ",
+            trError(trJoin("image_writer_tiff: unsupported bits per channel ", bits, " (8, 16 or 32); nothing written to ",
                          path));
             return 0;
         }
@@ -205,7 +203,7 @@ public:
         static std::uint16_t const kCompression[] = {COMPRESSION_NONE, COMPRESSION_LZW, COMPRESSION_ADOBE_DEFLATE,
                                                      COMPRESSION_PACKBITS};
         if (compressionValue < 0 || compressionValue > 3) {
-            trError(Join("image_writer_tiff: unsupported compression ", compressionValue,
+            trError(trJoin("image_writer_tiff: unsupported compression ", compressionValue,
                          " (0 none, 1 LZW, 2 Deflate, 3 PackBits); nothing written to ", path));
             return 0;
         }
@@ -219,7 +217,7 @@ private:
     {
         TIFF *tiff = TIFFOpen(path.chars, "w");
         if (!tiff) {
-            trError(Join("image_writer_tiff: Unable to open file ", path,
+            trError(trJoin("image_writer_tiff: Unable to open file ", path,
                          "\n\nPossible causes: folder doesn't exist or disk full."));
             return 0;
         }
@@ -260,7 +258,7 @@ private:
                 Quantise(floats.data(), samples, bits, out.data());
             }
             if (TIFFWriteScanline(tiff, out.data(), std::uint32_t(row), 0) < 0) {
-                trError(Join("image_writer_tiff: Unable to write file ", path));
+                trError(trJoin("image_writer_tiff: Unable to write file ", path));
                 return 0;
             }
         }

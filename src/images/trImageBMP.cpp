@@ -14,8 +14,6 @@
 
 namespace {
 
-using trImageIOText::Join;
-
 constexpr std::uint32_t kBmpHeaderSize = 54;
 
 inline void PutLittleEndian16(unsigned char *p, unsigned v)
@@ -46,7 +44,7 @@ long trBImage::WriteBMP(trString const &name)
     std::int64_t const rowSize = (std::int64_t(width) * 3 + 3) & ~std::int64_t(3);
     std::int64_t const fileSize = kBmpHeaderSize + rowSize * height;
     if (fileSize > 0xffffffffLL) {
-        trError(Join("WriteBMP: image of ", width, " x ", height, " is too large for a bitmap file: ", name));
+        trError(trJoin("WriteBMP: image of ", width, " x ", height, " is too large for a bitmap file: ", name));
         return 0;
     }
 
@@ -92,7 +90,7 @@ long trBImage::WriteBMP(trString const &name)
     if (std::fclose(f) != 0)
         ok = false;
     if (!ok) {
-        trError(Join("WriteBMP: Unable to write file ", name, ": ", std::strerror(writeErrno)));
+        trError(trJoin("WriteBMP: Unable to write file ", name, ": ", std::strerror(writeErrno)));
         return 0;
     }
     trOutMsg("WriteBMP successful");

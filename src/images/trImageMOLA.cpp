@@ -12,8 +12,6 @@
 
 namespace {
 
-using trImageIOText::Join;
-
 struct MolaSize {
     std::int64_t fileLength;
     int width;
@@ -30,7 +28,7 @@ constexpr MolaSize kMolaSizes[] = {
 
 long trImage::ReadMOLA(trString const &name)
 {
-    trString const openError = Join("ReadMOLA: Unable to open image file", name);
+    trString const openError = trJoin("ReadMOLA: Unable to open image file", name);
     std::FILE *f = std::fopen(name.chars, "rb");
     if (!f) {
         Cleanup();
@@ -53,7 +51,7 @@ long trImage::ReadMOLA(trString const &name)
             size = &s;
     if (!size) {
         Cleanup();
-        trError(Join("Unable to read MOLA file ", name, "\nUnknown file size from which to determine dimensions"));
+        trError(trJoin("Unable to read MOLA file ", name, "\nUnknown file size from which to determine dimensions"));
         return 0;
     }
 
@@ -72,7 +70,7 @@ long trImage::ReadMOLA(trString const &name)
     };
 
     if (!Init(0, 0, size->width, size->height, 1, 2, true))
-        return fail(Join("ReadMOLA: Unable to (re)allocate image (file ", name, ")"));
+        return fail(trJoin("ReadMOLA: Unable to (re)allocate image (file ", name, ")"));
 
     std::vector<unsigned char> row;
     try {
@@ -83,7 +81,7 @@ long trImage::ReadMOLA(trString const &name)
     // The file starts with the top of the picture: row h - 1 down to row 0.
     for (int y = size->height - 1; y >= 0; --y) {
         if (std::fread(row.data(), 1, row.size(), f) != row.size())
-            return fail(Join("Error reading scanline from MOLA file ", name));
+            return fail(trJoin("Error reading scanline from MOLA file ", name));
         std::int16_t *out = reinterpret_cast<std::int16_t *>(ScanlineRaw(y));
         for (int x = 0; x < size->width; ++x)
             out[x] = std::int16_t(std::uint16_t((unsigned(row[2 * std::size_t(x)]) << 8) | row[2 * std::size_t(x) + 1]));

@@ -56,8 +56,6 @@ inline void PutBigEndian32(unsigned char *p, std::uint32_t v)
     p[3] = static_cast<unsigned char>(v);
 }
 
-using trImageIOText::Join;
-
 // Decodes one run-length row of `T` units (already in native order) into `out`,
 // `width` samples. Returns false when the data is corrupt: a run past the row's end, or
 // a run that wants more data than the row holds. A row whose data ends without its
@@ -95,7 +93,7 @@ long trImage::ReadSGI(trString const &name)
     std::FILE *f = std::fopen(name.chars, "rb");
     if (!f) {
         Cleanup();
-        trError(Join("ReadSGI: Unable to open image file", name));
+        trError(trJoin("ReadSGI: Unable to open image file", name));
         return 0;
     }
     trFileCloser closer(f);
@@ -109,25 +107,25 @@ long trImage::ReadSGI(trString const &name)
     unsigned char header[kSgiHeaderSize];
     std::size_t const got = std::fread(header, 1, sizeof header, f);
     if (got < 2 || BigEndian16(header) != kSgiMagic)
-        return fail(Join("ReadSGI: File is not an SGI image (not found magic 474): \n\n", name));
+        return fail(trJoin("ReadSGI: File is not an SGI image (not found magic 474): \n\n", name));
     if (got < std::size_t(kSgiHeaderSize) || fileLength < kSgiHeaderSize)
-        return fail(Join("ReadSGI: File is truncated: its header is shorter than 512 bytes: ", name));
+        return fail(trJoin("ReadSGI: File is truncated: its header is shorter than 512 bytes: ", name));
 
     int const storage = header[2];
     int const bytesPerSample = header[3];
     long const xSize = BigEndian16(header + 6);
     long const ySize = BigEndian16(header + 8);
     long const zSize = BigEndian16(header + 10);
-    trString const sizeText = Join(xSize, " x ", ySize, " x ", zSize);
+    trString const sizeText = trJoin(xSize, " x ", ySize, " x ", zSize);
 
     if (storage != 0 && storage != 1)
-        return fail(Join("ReadSGI: Unknown storage ", storage, " (0 verbatim or 1 run-length expected) in file ",
+        return fail(trJoin("ReadSGI: Unknown storage ", storage, " (0 verbatim or 1 run-length expected) in file ",
                          name));
     if (bytesPerSample != 1 && bytesPerSample != 2)
-        return fail(Join("ReadSGI: Unsupported bytes per channel ", bytesPerSample, " (1 or 2 expected) in file ",
+        return fail(trJoin("ReadSGI: Unsupported bytes per channel ", bytesPerSample, " (1 or 2 expected) in file ",
                          name));
     if (xSize == 0 || ySize == 0 || zSize == 0)
-        return fail(Join("ReadSGI: Image has no pixels (size ", sizeText, ") in file ", name));
+        return fail(trJoin("ReadSGI: Image has no pixels (size ", sizeText, ") in file ", name));
 
     // The store never holds a fourth channel, and further planes are not read.
     long const channels = std::min(zSize, 3L);
@@ -141,21 +139,21 @@ long trImage::ReadSGI(trString const &name)
     std::vector<unsigned char> data;
     if (storage == 0) {
         if (planeBytes * channels > kMaxExpansion * fileLength)
-            return fail(Join("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
+            return fail(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
                              " bytes: ", name));
     } else {
         std::int64_t const tableEntries = std::int64_t(ySize) * zSize;
         if (dataLength < tableEntries * 8)
             return fail(
-                Join("ReadSGI: File is truncated: too short for the row tables of an image of ", sizeText, ": ", name));
+                trJoin("ReadSGI: File is truncated: too short for the row tables of an image of ", sizeText, ": ", name));
         if (planeBytes * channels > kMaxExpansion * fileLength)
-            return fail(Join("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
+            return fail(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
                              " bytes: ", name));
         // The tables and the rows they point to: the whole file, compressed.
         data.resize(std::size_t(fileLength));
         std::memcpy(data.data(), header, kSgiHeaderSize);
         if (std::fread(data.data() + kSgiHeaderSize, 1, std::size_t(dataLength), f) != std::size_t(dataLength))
-            return fail(Join("ReadSGI: Unable to read file ", name));
+            return fail(trJoin("ReadSGI: Unable to read file ", name));
         rowStart.resize(std::size_t(tableEntries));
         rowLength.resize(std::size_t(tableEntries));
         unsigned char const *table = data.data() + kSgiHeaderSize;
@@ -166,11 +164,11 @@ long trImage::ReadSGI(trString const &name)
     }
 
     if (!Init(0, 0, int(xSize), int(ySize), int(channels), bytesPerSample, false))
-        return fail(Join("ReadSGI: Unable to (re)allocate image (file ", name, ")"));
+        return fail(trJoin("ReadSGI: Unable to (re)allocate image (file ", name, ")"));
     Clear();
     // A file cut short keeps the rows it has; the rest of the image stays black.
     auto truncated = [&] {
-        trWarning(Join("ReadSGI: File is truncated; the rest of the image is left black: ", name));
+        trWarning(trJoin("ReadSGI: File is truncated; the rest of the image is left black: ", name));
         return 1L;
     };
 
@@ -197,7 +195,7 @@ long trImage::ReadSGI(trString const &name)
                 std::int64_t const start = rowStart[entry];
                 std::int64_t const length = rowLength[entry];
                 if (start < kSgiHeaderSize)
-                    return fail(Join("ReadSGI: A run-length row lies outside the file (channel ", c, ", row ", y,
+                    return fail(trJoin("ReadSGI: A run-length row lies outside the file (channel ", c, ", row ", y,
                                      "): ", name));
                 if (start + length > fileLength)
                     return truncated();
@@ -215,7 +213,7 @@ long trImage::ReadSGI(trString const &name)
                     ok = DecodeRow(units.data(), count, row16.data(), xSize);
                 }
                 if (!ok)
-                    return fail(Join("ReadSGI: Corrupt run-length data (channel ", c, ", row ", y, "): ", name));
+                    return fail(trJoin("ReadSGI: Corrupt run-length data (channel ", c, ", row ", y, "): ", name));
             }
             // The row's samples go to the channel's slot of each pixel.
             unsigned char *out = ScanlineRaw(int(y)) + c * bytesPerSample;
@@ -242,13 +240,13 @@ long trBImage::WriteSGIRGB(trString const &name)
         return 0;
     }
     if (width > 0xffff || height > 0xffff) {
-        trError(Join("WriteSGIRGB: An SGI file holds at most 65535 pixels a side; image is ", width, " x ", height,
+        trError(trJoin("WriteSGIRGB: An SGI file holds at most 65535 pixels a side; image is ", width, " x ", height,
                      ": ", name));
         return 0;
     }
     std::FILE *f = std::fopen(name.chars, "wb");
     if (!f) {
-        trError(Join("WriteSGIRGB: Unable to open file ", name,
+        trError(trJoin("WriteSGIRGB: Unable to open file ", name,
                      "\n\nPossible causes: folder doesn't exist or disk full."));
         return 0;
     }
@@ -280,7 +278,7 @@ long trBImage::WriteSGIRGB(trString const &name)
     if (std::fclose(f) != 0)
         ok = false;
     if (!ok) {
-        trError(Join("WriteSGIRGB: Unable to write file ", name, ": ", std::strerror(writeErrno)));
+        trError(trJoin("WriteSGIRGB: Unable to write file ", name, ": ", std::strerror(writeErrno)));
         return 0;
     }
     trOutMsg("WriteSGIRGB successful");

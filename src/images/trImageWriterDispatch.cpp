@@ -23,7 +23,7 @@ long WriteThroughPlugin(char const *operation, char const *className, char const
         return 0;
     trImageWriter *writer = dynamic_cast<trImageWriter *>(node);
     if (!writer) {
-        trError(trImageIOText::Join(operation, ": The class ", className, " is not an image writer; unable to write ",
+        trError(trJoin(operation, ": The class ", className, " is not an image writer; unable to write ",
                                     name));
         trDestroyObject(node);
         return 0;

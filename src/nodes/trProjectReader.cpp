@@ -5,6 +5,7 @@
 
 #include "nodes/trProjectFile.h"
 
+#include "foundation/trJoin.h"
 #include "foundation/trMessages.h"
 #include "nodes/trBase.h"
 #include "nodes/trClassPool.h"
@@ -23,31 +24,6 @@
 #include <type_traits>
 
 namespace {
-
-// Messages are joined in a std::string: chains of trString + are fine, but g++ 12
-// warns falsely about their inlined small-buffer appends.
-void AppendPart(std::string &s, char const *part)
-{
-    s += part ? part : "";
-}
-void AppendPart(std::string &s, trString const &part)
-{
-    s.append(part.chars ? part.chars : "", std::size_t(part.length));
-}
-[[maybe_unused]] void AppendPart(std::string &s, std::string const &part)
-{
-    s += part;
-}
-void AppendPart(std::string &s, long part)
-{
-    s += std::to_string(part);
-}
-template <class... T> trString Join(T const &...parts)
-{
-    std::string s;
-    (AppendPart(s, parts), ...);
-    return trString(s);
-}
 
 constexpr int kMaxDepth = 256;
 constexpr std::size_t kPieceSize = 8192;
@@ -97,7 +73,7 @@ char const *Attribute(char const **attributes, char const *name)
 void SetFromAttribute(ReadContext &c, trBase &node, char const *name, char const *value)
 {
     if (!node.SetParamFromString(name, trString(value), trWhoSystem))
-        trOutWarning(Join("ReadXML: Line ", Line(c), ": parameter \"", name, "\" of \"", node.NameAndPath(), "\" was not set"));
+        trOutWarning(trJoin("ReadXML: Line ", Line(c), ": parameter \"", name, "\" of \"", node.NameAndPath(), "\" was not set"));
 }
 
 bool ValidComponent(long component)
@@ -115,7 +91,7 @@ void StartAnimationData(ReadContext &c, char const **attributes)
         if (c.current->FindParam(index, param))
             c.animParam = index;
         else
-            trOutWarning(Join("ReadXML: Line ", Line(c), ": animation of unknown parameter \"", param, "\" in \"",
+            trOutWarning(trJoin("ReadXML: Line ", Line(c), ": animation of unknown parameter \"", param, "\" in \"",
                               c.current->NameAndPath(), "\" ignored"));
     }
     if (char const *component = Attribute(attributes, "componentIndex"))
@@ -136,7 +112,7 @@ void StartParam(ReadContext &c, char const **attributes)
         if (!found || std::sscanf(a[0], "vf%ld", &frame) != 1)
             continue;
         if (frame > kMaxFrame || frame < -kMaxFrame) {
-            trOutWarning(Join("ReadXML: Line ", Line(c), ": key with a frame out of range ignored"));
+            trOutWarning(trJoin("ReadXML: Line ", Line(c), ": key with a frame out of range ignored"));
             continue;
         }
         SetFromAttribute(c, *c.current, c.current->ParamName(index), a[1]);
@@ -178,7 +154,7 @@ void StartKey(ReadContext &c, char const **attributes)
     double const bias = NumberAttribute(attributes, "bias");
     if (!std::isfinite(t) || std::fabs(t) > double(kMaxFrame) || !std::isfinite(value) || !std::isfinite(tension) ||
         !std::isfinite(continuity) || !std::isfinite(bias)) {
-        trOutWarning(Join("ReadXML: Line ", Line(c), ": key with a frame or value out of range ignored"));
+        trOutWarning(trJoin("ReadXML: Line ", Line(c), ": key with a frame or value out of range ignored"));
         return;
     }
     trVector v(value, value, value);
@@ -199,7 +175,7 @@ void StartNode(ReadContext &c, char const *name, char const **attributes)
     long const before = parent->NumChildren();
     trBase *node = parent->CreateChildLean(trString(name));
     if (!node) {
-        trOutWarning(Join("ReadXML: Line ", Line(c), ": element <", name, "> skipped; what it holds goes to \"",
+        trOutWarning(trJoin("ReadXML: Line ", Line(c), ": element <", name, "> skipped; what it holds goes to \"",
                           parent->IsRoot() ? trString("/") : parent->NameAndPath(), "\""));
         return;
     }
@@ -219,7 +195,7 @@ void StartElement(ReadContext &c, char const *name, char const **attributes)
     ++c.depth;
     if (c.depth >= kMaxDepth) {
         if (!c.warnedDepth)
-            trOutError(Join("ReadXML: Line ", Line(c), ": elements nested deeper than ", long(kMaxDepth - 1),
+            trOutError(trJoin("ReadXML: Line ", Line(c), ": elements nested deeper than ", long(kMaxDepth - 1),
                             " levels are ignored"));
         c.warnedDepth = true;
         return;
@@ -310,11 +286,11 @@ template <class F> void Guarded(void *data, F &&f)
         f(c);
     } catch (std::exception const &e) {
         c.failed = true;
-        c.failure = Join("ReadXML: Line ", Line(c), ": reading stopped: ", e.what());
+        c.failure = trJoin("ReadXML: Line ", Line(c), ": reading stopped: ", e.what());
         XML_StopParser(c.parser, XML_FALSE);
     } catch (...) {
         c.failed = true;
-        c.failure = Join("ReadXML: Line ", Line(c), ": reading stopped");
+        c.failure = trJoin("ReadXML: Line ", Line(c), ": reading stopped");
         XML_StopParser(c.parser, XML_FALSE);
     }
 }
@@ -347,9 +323,9 @@ trString ParseErrorText(ReadContext const &c, char const *path)
     char const *expat = XML_ErrorString(XML_GetErrorCode(c.parser));
     trString text;
     if (path)
-        text = Join(path, ":\nParse error at line ", line, ":\n", expat, "\n");
+        text = trJoin(path, ":\nParse error at line ", line, ":\n", expat, "\n");
     else
-        text = Join("Parse error in byte stream at line: ", line, ":\n", expat, "\n");
+        text = trJoin("Parse error in byte stream at line: ", line, ":\n", expat, "\n");
     return text;
 }
 
@@ -384,10 +360,10 @@ bool ReadXML(trBase &root, char const *path, char const *buffer, char const *roo
             return false;
         }
     } else {
-        trOutMsg(Join("ReadXML: Attempting to read file: \"", path, "\""));
+        trOutMsg(trJoin("ReadXML: Attempting to read file: \"", path, "\""));
         std::FILE *f = std::fopen(path, "rt");
         if (!f) {
-            trError(Join("ReadXML: Cannot open file: \"", path, "\""));
+            trError(trJoin("ReadXML: Cannot open file: \"", path, "\""));
             return false;
         }
         // One block per read rather than one for the process, so that a class may read

@@ -3,6 +3,7 @@
 
 #include "nodes/trProjectFile.h"
 
+#include "foundation/trJoin.h"
 #include "foundation/trMessages.h"
 #include "nodes/trBase.h"
 
@@ -18,31 +19,6 @@
 #include <unistd.h>
 
 namespace {
-
-// Messages are joined in a std::string: chains of trString + are fine, but g++ 12
-// warns falsely about their inlined small-buffer appends.
-void AppendPart(std::string &s, char const *part)
-{
-    s += part ? part : "";
-}
-void AppendPart(std::string &s, trString const &part)
-{
-    s.append(part.chars ? part.chars : "", std::size_t(part.length));
-}
-[[maybe_unused]] void AppendPart(std::string &s, std::string const &part)
-{
-    s += part;
-}
-void AppendPart(std::string &s, long part)
-{
-    s += std::to_string(part);
-}
-template <class... T> trString Join(T const &...parts)
-{
-    std::string s;
-    (AppendPart(s, parts), ...);
-    return trString(s);
-}
 
 class Sink {
 public:
@@ -315,7 +291,7 @@ std::FILE *OpenTemporary(trString const &path, trString &temporary, int &error)
     }
     static unsigned long counter = 0;
     for (int attempt = 0; attempt < 100; ++attempt) {
-        temporary = Join(path, ".tmp", long(::getpid()), "_", long(++counter));
+        temporary = trJoin(path, ".tmp", long(::getpid()), "_", long(++counter));
         int const fd = ::open(temporary.chars, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, exists ? 0600 : mode);
         if (fd < 0) {
             if (errno == EEXIST)
@@ -365,13 +341,13 @@ bool CommitTemporary(std::FILE *f, trString const &temporary, trString const &pa
 std::FILE *BeginSave(char const *operation, char const *path, trString &temporary)
 {
     trString const target(path ? path : "");
-    trOutMsg(Join(operation, ": Attempting to write file: \"", target, "\""));
+    trOutMsg(trJoin(operation, ": Attempting to write file: \"", target, "\""));
     int error = 0;
     std::FILE *f = target.length ? OpenTemporary(target, temporary, error) : nullptr;
     if (!f) {
-        trString text = Join(operation, ": Cannot open file: \"", target, "\"");
+        trString text = trJoin(operation, ": Cannot open file: \"", target, "\"");
         if (error)
-            text = Join(text, " (", SystemText(error), ")");
+            text = trJoin(text, " (", SystemText(error), ")");
         trError(text);
     }
     return f;
@@ -382,11 +358,11 @@ bool EndSave(char const *operation, std::FILE *f, trString const &temporary, trS
     errno = 0;
     int error = 0;
     if (!CommitTemporary(f, temporary, path, error)) {
-        trError(Join(operation, ": Cannot write file: \"", path, "\" (", SystemText(error),
+        trError(trJoin(operation, ": Cannot write file: \"", path, "\" (", SystemText(error),
                  "); the previous file is unchanged"));
         return false;
     }
-    trOutMsg(Join(operation, ": done"));
+    trOutMsg(trJoin(operation, ": done"));
     return true;
 }
 
@@ -512,7 +488,7 @@ bool trBaseXML::WriteProjectFile(char const *path, trBase const &root, char cons
 {
     static char const kOperation[] = "WriteProjectFile";
     // The message is given twice, as it always has been; hosts' logs expect the pair.
-    trOutMsg(Join(kOperation, ": Attempting to write file: \"", path, "\""));
+    trOutMsg(trJoin(kOperation, ": Attempting to write file: \"", path, "\""));
     trString temporary;
     std::FILE *f = BeginSave(kOperation, path, temporary);
     if (!f)
