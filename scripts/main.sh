@@ -9,4 +9,7 @@ cmake --build "$build"
 "$build/bin/ostrel" classes
 # It reads the example project and prints its node tree, links and animation keys.
 "$build/bin/ostrel" info examples/valley.svd
+# And the render settings example: a render node with its five settings nodes and a
+# render layer, every value shown.
+"$build/bin/ostrel" info examples/render_settings.svd
 "$build/bench/ostrel_bench" --quick
