@@ -92,7 +92,7 @@ FIBITMAP *LoadFrom(File &file, FREE_IMAGE_FORMAT fif, int flags)
     return FreeImage_LoadFromHandle(fif, StdioIO(), file.f, flags);
 }
 
-// Byte sources for the GIF walk: an open file, or bytes in memory.
+// Byte sources for the header walks: an open file, or bytes in memory.
 struct FileReader {
     FILE *f;
     int Get() { return std::fgetc(f); }
@@ -215,19 +215,56 @@ bool IconUnsafe(Reader &in, long fileSize)
     return false;
 }
 
-// True when the header states a size beyond what we are willing to decode. Formats
-// that can't load a header alone are let through; their own decoder bounds them.
+// Targa has no signature and its decoder trusts the header: an identification field
+// or colour map running past the end of the file makes it size its run-length buffer
+// from a negative remainder, and unknown types or depths reach unchecked paths. Refuse
+// all of these, and sizes beyond our limit.
+template <typename Reader>
+bool TargaUnsafe(Reader &in, long fileSize)
+{
+    unsigned char h[18];
+    if (!in.Read(h, 18))
+        return true;
+    int const idLength = h[0], mapType = h[1], type = h[2];
+    long const mapBytes = mapType ? long(h[5] | (h[6] << 8)) * ((h[7] + 7) / 8) : 0;
+    long long const w = h[12] | (h[13] << 8), ht = h[14] | (h[15] << 8);
+    int const depth = h[16];
+    bool const mapped = type == 1 || type == 9;
+    bool const knownType = mapped || type == 2 || type == 3 || type == 10 || type == 11;
+    bool const knownDepth = depth == 8 || depth == 15 || depth == 16 || depth == 24 || depth == 32;
+    if (mapType > 1 || (mapped && mapType != 1) || !knownType || !knownDepth || w == 0 || ht == 0)
+        return true;
+    if (18 + idLength + mapBytes >= fileSize)
+        return true;
+    return w * ht > MaxPixels();
+}
+
+// Formats whose decoders trust sizes in their headers, checked by our own walk of it.
+template <typename Reader>
+bool HeaderUnsafe(Reader &in, FREE_IMAGE_FORMAT fif, long fileSize)
+{
+    switch (fif) {
+    case FIF_GIF: return GifFrameTooLarge(in);
+    case FIF_ICO: return IconUnsafe(in, fileSize);
+    case FIF_TARGA: return TargaUnsafe(in, fileSize);
+    default: return false;
+    }
+}
+
+// True when the header states a size beyond what we are willing to decode, or one the
+// decoder would mishandle. Other formats that can't load a header alone are let
+// through; their own decoder bounds them.
 bool DeclaresTooManyPixels(File &file, FREE_IMAGE_FORMAT fif)
 {
-    if (fif == FIF_GIF || fif == FIF_ICO) {
-        FileReader reader{file.f};
-        if (std::fseek(file.f, 0, SEEK_END) != 0)
-            return true;
-        long fileSize = std::ftell(file.f);
-        reader.Rewind();
-        if (fif == FIF_GIF ? GifFrameTooLarge(reader) : IconUnsafe(reader, fileSize))
-            return true;
-    }
+    if (std::fseek(file.f, 0, SEEK_END) != 0)
+        return true;
+    long const fileSize = std::ftell(file.f);
+    FileReader reader{file.f};
+    reader.Rewind();
+    bool const unsafe = HeaderUnsafe(reader, fif, fileSize);
+    reader.Rewind();
+    if (unsafe)
+        return true;
     if (!FreeImage_FIFSupportsNoPixels(fif))
         return false;
     FIBITMAP *header = LoadFrom(file, fif, FIF_LOAD_NOPIXELS);
@@ -528,8 +565,7 @@ FIBITMAP *DecodeMemory(unsigned char const *bytes, long size)
     FREE_IMAGE_FORMAT fif = FreeImage_GetFileTypeFromMemory(memory, 0);
     if (fif != FIF_UNKNOWN && FreeImage_FIFSupportsReading(fif)) {
         MemoryReader reader{bytes, size};
-        bool tooLarge =
-            (fif == FIF_GIF && GifFrameTooLarge(reader)) || (fif == FIF_ICO && IconUnsafe(reader, size));
+        bool tooLarge = HeaderUnsafe(reader, fif, size);
         if (!tooLarge && FreeImage_FIFSupportsNoPixels(fif)) {
             FreeImage_SeekMemory(memory, 0, SEEK_SET);
             FIBITMAP *header = FreeImage_LoadFromMemory(fif, memory, FIF_LOAD_NOPIXELS);
