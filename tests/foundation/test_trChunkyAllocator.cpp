@@ -26,13 +26,10 @@ TEST(trChunkyAllocator, ItemsNeverMoveAsTheStoreGrows)
     EXPECT_EQ(store.NumItems(), 100ul);
     std::set<Record *> distinct(handed.begin(), handed.end());
     EXPECT_EQ(distinct.size(), handed.size());
-    for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(&store.Item(i), handed[i]);
-        EXPECT_EQ(handed[i]->tag, i);
-    }
+    for (int i = 0; i < 100; ++i)
+        EXPECT_TRUE(&store.Item(i) == handed[i] && handed[i]->tag == i) << i;
     // Items of one chunk are contiguous.
-    EXPECT_EQ(handed[1] - handed[0], 1);
-    EXPECT_EQ(handed[6] - handed[0], 6);
+    EXPECT_TRUE(handed[1] - handed[0] == 1 && handed[6] - handed[0] == 6);
 }
 
 TEST(trChunkyAllocator, CopiesShareChunksAndFreeThemOnce)
@@ -45,12 +42,10 @@ TEST(trChunkyAllocator, CopiesShareChunksAndFreeThemOnce)
     assigned = *original;
     EXPECT_EQ(&copy.Item(9), &original->Item(9)) << "copies are shallow";
     delete original; // must not free what the copies still use
-    EXPECT_EQ(copy.Item(9).tag, 9);
-    EXPECT_EQ(assigned.Item(3).tag, 3);
+    EXPECT_TRUE(copy.Item(9).tag == 9 && assigned.Item(3).tag == 3);
 
     // Growing one copy leaves the other untouched.
     Record *extra = copy.GetItem();
     extra->tag = 77;
-    EXPECT_EQ(copy.NumItems(), 11ul);
-    EXPECT_EQ(assigned.NumItems(), 10ul);
+    EXPECT_TRUE(copy.NumItems() == 11ul && assigned.NumItems() == 10ul);
 }

@@ -8,21 +8,20 @@
 
 namespace {
 
-struct Captured {
-    std::string kind;
-    std::string text;
-    bool hadData = false;
-};
-std::vector<Captured> captured;
-
+// "kind|text|data" for each message the host received.
+std::vector<std::string> captured;
+void Capture(char const *kind, char const *text, trErrorWarningData *data)
+{
+    captured.push_back(std::string(kind) + "|" + text + (data ? "|data" : "|"));
+}
 void OnError(char const *text, trErrorWarningData *data)
 {
-    captured.push_back({"error", text, data != nullptr});
+    Capture("error", text, data);
     if (data)
         data->result = 7;
 }
-void OnWarning(char const *text, trErrorWarningData *data) { captured.push_back({"warning", text, data != nullptr}); }
-void OnInfo(char const *text, trErrorWarningData *data) { captured.push_back({"info", text, data != nullptr}); }
+void OnWarning(char const *text, trErrorWarningData *data) { Capture("warning", text, data); }
+void OnInfo(char const *text, trErrorWarningData *data) { Capture("info", text, data); }
 
 long openedContexts = 0;
 std::vector<long> closed;
@@ -52,79 +51,48 @@ protected:
 
 } // namespace
 
-TEST_F(MessagesTest, ConsoleLinesCarryTheirPrefixesAndStreams)
+TEST_F(MessagesTest, ConsoleLinesAndCallbacks)
 {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     trOutMsg("ReadSGI: plain");
     trOutWarning(trString("AddParticle: careful"));
     trOutError("Load: broken");
-    std::string out = testing::internal::GetCapturedStdout();
-    std::string err = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(out, "ReadSGI: plain\nWarning: AddParticle: careful\n");
-    EXPECT_EQ(err, "ERROR: Load: broken\n");
     EXPECT_TRUE(captured.empty()) << "console-only functions must not reach the host";
-}
-
-TEST_F(MessagesTest, UserMessagesReachTheMatchingCallbackWithTheirData)
-{
-    testing::internal::CaptureStdout();
-    testing::internal::CaptureStderr();
     trErrorWarningData data;
     trError("Render: no camera", &data);
     trWarning(trString("Render: slow"));
     trInfoMsg("Render: done");
-    testing::internal::GetCapturedStdout();
-    std::string err = testing::internal::GetCapturedStderr();
-    ASSERT_EQ(captured.size(), 3u);
-    EXPECT_EQ(captured[0].kind, "error");
-    EXPECT_EQ(captured[0].text, "Render: no camera");
-    EXPECT_TRUE(captured[0].hadData);
-    EXPECT_EQ(data.result, 7) << "the caller reads what the callback filled";
-    EXPECT_EQ(captured[1].kind, "warning");
-    EXPECT_FALSE(captured[1].hadData);
-    EXPECT_EQ(captured[2].kind, "info");
-    EXPECT_EQ(err, "ERROR: Render: no camera\n");
-}
-
-TEST_F(MessagesTest, DialogsOffMeansConsoleOnly)
-{
+    // Dialogs off means console only; no callback clears the result.
     trDoDlgBoxes = 0;
-    testing::internal::CaptureStderr();
     trError("Render: quiet");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Render: quiet\n");
-    EXPECT_TRUE(captured.empty());
-}
-
-TEST_F(MessagesTest, NoCallbackClearsTheResult)
-{
+    trDoDlgBoxes = 1;
     trCallBackError = nullptr;
-    trErrorWarningData data;
-    data.result = 5;
-    testing::internal::CaptureStderr();
-    trError("Render: nobody listens", &data);
-    testing::internal::GetCapturedStderr();
-    EXPECT_EQ(data.result, 0);
+    trErrorWarningData unheard;
+    unheard.result = 5;
+    trError("Render: nobody listens", &unheard);
+    std::string const out = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(out.rfind("ReadSGI: plain\nWarning: AddParticle: careful\n", 0), 0u) << out;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: Load: broken\nERROR: Render: no camera\n"
+                                                      "ERROR: Render: quiet\nERROR: Render: nobody listens\n");
+    EXPECT_EQ(captured, std::vector<std::string>({"error|Render: no camera|data", "warning|Render: slow|",
+                                                  "info|Render: done|"}));
+    EXPECT_EQ(data.result, 7) << "the caller reads what the callback filled";
+    EXPECT_EQ(unheard.result, 0);
 }
 
 TEST_F(MessagesTest, ScopedContextOpensAndClosesThroughTheHost)
 {
     EXPECT_EQ(trSetupErrorsWarningsContext(nullptr, nullptr), 0) << "no callback gives handle 0";
-    {
-        trScopedErrorsWarningsContext unset(nullptr, nullptr);
-    }
+    trScopedErrorsWarningsContext(nullptr, nullptr); // opens and closes nothing
     EXPECT_TRUE(closed.empty());
 
     trCallBackSetupErrorsWarningsContext = OnSetupContext;
     trCallBackClearErrorsWarningsContext = OnClearContext;
     {
         trScopedErrorsWarningsContext outer(nullptr, nullptr);
-        {
-            trScopedErrorsWarningsContext inner(nullptr, nullptr);
-        }
-        ASSERT_EQ(closed.size(), 1u);
-        EXPECT_EQ(closed[0], 102);
+        trScopedErrorsWarningsContext(nullptr, nullptr); // an inner one, closed at once
+        EXPECT_EQ(closed, std::vector<long>{102});
     }
-    ASSERT_EQ(closed.size(), 2u);
-    EXPECT_EQ(closed[1], 101);
+    EXPECT_EQ(closed, std::vector<long>({102, 101}));
 }

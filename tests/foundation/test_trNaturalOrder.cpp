@@ -18,46 +18,29 @@ namespace {
 int ReferenceCompare(char const *a, char const *b, bool skip, bool fold)
 {
     auto digit = [](char c) { return c >= '0' && c <= '9'; };
-    for (;;) {
-        if (skip) {
-            while (std::isspace(static_cast<unsigned char>(*a)))
-                ++a;
-            while (std::isspace(static_cast<unsigned char>(*b)))
-                ++b;
-        }
+    auto space = [](char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; };
+    for (;; ++a, ++b) {
+        while (skip && space(*a))
+            ++a;
+        while (skip && space(*b))
+            ++b;
         char ca = *a, cb = *b;
         if (digit(ca) && digit(cb)) {
-            int result = 0;
-            if (ca == '0' || cb == '0') {
-                for (int i = 0;; ++i) {
-                    if (!digit(a[i]) && !digit(b[i]))
-                        break;
-                    if (!digit(a[i]) || (digit(b[i]) && a[i] < b[i])) {
-                        result = -1;
-                        break;
-                    }
-                    if (!digit(b[i]) || a[i] > b[i]) {
-                        result = 1;
-                        break;
-                    }
+            // With a leading zero the first differing digit decides at once; otherwise the
+            // longer run wins and the first difference only breaks a tie of lengths.
+            bool const leftAligned = ca == '0' || cb == '0';
+            int bias = 0, result = 0;
+            for (int i = 0;; ++i) {
+                bool const da = digit(a[i]), db = digit(b[i]);
+                if (!da || !db) {
+                    result = da == db ? bias : da ? 1 : -1;
+                    break;
                 }
-            } else {
-                int bias = 0;
-                for (int i = 0;; ++i) {
-                    if (!digit(a[i]) && !digit(b[i])) {
-                        result = bias;
-                        break;
-                    }
-                    if (!digit(a[i])) {
-                        result = -1;
-                        break;
-                    }
-                    if (!digit(b[i])) {
-                        result = 1;
-                        break;
-                    }
-                    if (!bias && a[i] != b[i])
-                        bias = a[i] < b[i] ? -1 : 1;
+                if (!bias && a[i] != b[i])
+                    bias = a[i] < b[i] ? -1 : 1;
+                if (leftAligned && bias) {
+                    result = bias;
+                    break;
                 }
             }
             if (result)
@@ -69,12 +52,8 @@ int ReferenceCompare(char const *a, char const *b, bool skip, bool fold)
             ca = static_cast<char>(std::toupper(static_cast<unsigned char>(ca)));
             cb = static_cast<char>(std::toupper(static_cast<unsigned char>(cb)));
         }
-        if (static_cast<signed char>(ca) < static_cast<signed char>(cb))
-            return -1;
-        if (static_cast<signed char>(ca) > static_cast<signed char>(cb))
-            return 1;
-        ++a;
-        ++b;
+        if (static_cast<signed char>(ca) != static_cast<signed char>(cb))
+            return static_cast<signed char>(ca) < static_cast<signed char>(cb) ? -1 : 1;
     }
 }
 
@@ -120,15 +99,16 @@ TEST(trNaturalOrder, HandPickedCases)
     EXPECT_EQ(trNaturalOrderCompare(static_cast<char const *>(nullptr), ""), 0);
 }
 
-TEST(trNaturalOrder, NamedFunctionsMapOntoTheCores)
+TEST(trNaturalOrder, NamedFunctionsAndFunctorsMapOntoTheCores)
 {
     // "x 20" against "x3" tells skipping (20 > 3) from strict (' ' < '3'); "a9"
     // against "B1" tells plain bytes ('a' > 'B') from folded ('A' < 'B').
     trString const c("x 20"), d("x3"), e("a9"), f("B1");
-    ASSERT_EQ(trNaturalOrderCompareSkipping(c.chars, d.chars, false), 1);
-    ASSERT_EQ(trNaturalOrderCompareStrict(c.chars, d.chars, true), -1);
-    ASSERT_EQ(trNaturalOrderCompareSkipping(e.chars, f.chars, false), 1);
-    ASSERT_EQ(trNaturalOrderCompareSkipping(e.chars, f.chars, true), -1);
+    ASSERT_EQ(std::vector<int>({trNaturalOrderCompareSkipping(c.chars, d.chars, false),
+                                trNaturalOrderCompareStrict(c.chars, d.chars, true),
+                                trNaturalOrderCompareSkipping(e.chars, f.chars, false),
+                                trNaturalOrderCompareSkipping(e.chars, f.chars, true)}),
+              std::vector<int>({1, -1, 1, -1}));
 
     // Expected results for (c, d) and (e, f), for both overloads.
     EXPECT_EQ(trNaturalOrderCompare(c, d) * 10 + trNaturalOrderCompare(e.chars, f.chars), 11);
@@ -140,33 +120,26 @@ TEST(trNaturalOrder, NamedFunctionsMapOntoTheCores)
     EXPECT_TRUE(!trNaturalOrderLessCase(c.chars, d.chars) && trNaturalOrderLessCase(e, f));
     EXPECT_TRUE(trNaturalOrderLessSpace(c, d) && !trNaturalOrderLessSpace(e.chars, f.chars));
     EXPECT_TRUE(trNaturalOrderLessSpaceCase(c.chars, d.chars) && trNaturalOrderLessSpaceCase(e, f));
-}
 
-TEST(trNaturalOrder, FunctorsSort)
-{
     std::vector<trString> names = {"img10", "img2", "img1", "img02", "Img3"};
     std::sort(names.begin(), names.end(), trNaturalOrderSort_Less());
-    std::vector<trString> const expect = {"Img3", "img02", "img1", "img2", "img10"};
-    EXPECT_EQ(names, expect);
+    EXPECT_EQ(names, (std::vector<trString>{"Img3", "img02", "img1", "img2", "img10"}));
     std::sort(names.begin(), names.end(), trNaturalOrderSortCase_Less());
-    std::vector<trString> const folded = {"img02", "img1", "img2", "Img3", "img10"};
-    EXPECT_EQ(names, folded);
+    EXPECT_EQ(names, (std::vector<trString>{"img02", "img1", "img2", "Img3", "img10"}));
 
-    std::vector<trString> spaced = {"a 20", "a3"};
-    std::sort(spaced.begin(), spaced.end(), trNaturalOrderSort_Less());
-    EXPECT_EQ(spaced[0], "a3");
-    std::sort(spaced.begin(), spaced.end(), trNaturalOrderSortSpace_Less());
-    EXPECT_EQ(spaced[0], "a 20");
+    trString const spaced[2] = {"a 20", "a3"};
+    EXPECT_TRUE(trNaturalOrderSort_Less()(spaced[1], spaced[0]) &&
+                trNaturalOrderSortSpace_Less()(spaced[0], spaced[1]));
 
     // The char forms take a reference to the first byte of a text.
     char const *const texts[] = {"a10", "a2", "A 20", "a3"};
-    EXPECT_TRUE(trNaturalOrderSortChar_Less()(*texts[1], *texts[0]));
-    EXPECT_TRUE(trNaturalOrderSortCharCase_Less()(*texts[1], *texts[0]));
-    EXPECT_TRUE(trNaturalOrderSortCharSpace_Less()(*texts[2], *texts[3]));
-    EXPECT_TRUE(trNaturalOrderSortCharCaseSpace_Less()(*texts[2], *texts[3]));
+    EXPECT_TRUE(trNaturalOrderSortChar_Less()(*texts[1], *texts[0]) &&
+                trNaturalOrderSortCharCase_Less()(*texts[1], *texts[0]));
+    EXPECT_TRUE(trNaturalOrderSortCharSpace_Less()(*texts[2], *texts[3]) &&
+                trNaturalOrderSortCharCaseSpace_Less()(*texts[2], *texts[3]));
 }
 
-TEST(trNaturalOrder, AgreesWithReferenceAndIsAntisymmetric)
+TEST(trNaturalOrder, AgreesWithReferenceIsAntisymmetricAndTakesLongDigitRuns)
 {
     std::mt19937 random(5);
     for (int round = 0; round < 20000; ++round) {
@@ -181,10 +154,7 @@ TEST(trNaturalOrder, AgreesWithReferenceAndIsAntisymmetric)
             ASSERT_EQ(strict, -trNaturalOrderCompareStrict(b.c_str(), a.c_str(), fold));
         }
     }
-}
 
-TEST(trNaturalOrder, LongDigitRuns)
-{
     std::string const digits(200000, '7');
     EXPECT_EQ(trNaturalOrderCompare(digits.c_str(), digits.c_str()), 0);
     std::string const zeros = "0" + digits;

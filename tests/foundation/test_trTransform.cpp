@@ -33,7 +33,7 @@ void ExpectNear(trVector const &a, trVector const &b, double tol = 1e-12)
 
 } // namespace
 
-TEST(trMatrix4x4, IdentityProductOrderAndLayout)
+TEST(trMatrix4x4, IdentityProductOrderLayoutInverseAndDeterminant)
 {
     EXPECT_TRUE(M().IsIdentity());
     // Scale first, then translate: the right factor applies first.
@@ -43,18 +43,13 @@ TEST(trMatrix4x4, IdentityProductOrderAndLayout)
 
     double gl[16];
     M::Translation(trVector(5, 6, 7)).GetOpenGL(gl);
-    EXPECT_EQ(gl[12], 5);
-    EXPECT_EQ(gl[13], 6);
-    EXPECT_EQ(gl[14], 7);
+    EXPECT_EQ(trVector(gl[12], gl[13], gl[14]), trVector(5, 6, 7));
 
     // The rotation blocks agree with the right-hand rule.
     ExpectNear(M::RotationZ(kHalfPi).MulPoint(trVector(1, 0, 0)), trVector(0, 1, 0));
     ExpectNear(M::RotationX(kHalfPi).MulPoint(trVector(0, 1, 0)), trVector(0, 0, 1));
     ExpectNear(M::RotationY(kHalfPi).MulPoint(trVector(0, 0, 1)), trVector(1, 0, 0));
-}
 
-TEST(trMatrix4x4, InverseTimesMatrixIsIdentity)
-{
     for (M const &a : {General(), Projective(), M::RotationY(0.7) * M::Translation(trVector(1e5, -3, 2))}) {
         EXPECT_TRUE((a.Inverse() * a).NearlyEquals(M(), 1e-9));
         EXPECT_TRUE((a * a.Inverse()).NearlyEquals(M(), 1e-9));
@@ -68,28 +63,22 @@ TEST(trMatrix4x4, InverseTimesMatrixIsIdentity)
     EXPECT_TRUE((f.Inverse() * f).NearlyEquals(trMatrix4x4<float>(), 1e-6f));
 
     // A singular matrix gives finite values, not infinities.
-    M zero = M::Scaling(trVector(1, 0, 1));
-    M zi = zero.Inverse();
-    for (int i = 0; i < 4; ++i)
-        for (int j = 0; j < 4; ++j)
-            EXPECT_TRUE(std::isfinite(zi(i, j)));
-}
+    M const zi = M::Scaling(trVector(1, 0, 1)).Inverse();
+    for (int i = 0; i < 16; ++i)
+        EXPECT_TRUE(std::isfinite(zi(i / 4, i % 4))) << i;
 
-TEST(trMatrix4x4, Determinant)
-{
     EXPECT_DOUBLE_EQ(M::Scaling(trVector(2, 3, 4)).Determinant(), 24.0);
     EXPECT_NEAR(M::RotationX(0.4).Determinant(), 1.0, 1e-15);
-    double swapped[16] = {0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    EXPECT_DOUBLE_EQ(M(swapped).Determinant(), -1.0);
+    double const swapXY[16] = {0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    EXPECT_DOUBLE_EQ(M(swapXY).Determinant(), -1.0);
     // det(A B) = det A det B
     EXPECT_NEAR((General() * Projective()).Determinant(), General().Determinant() * Projective().Determinant(),
                 1e-9);
 }
 
-TEST(trTransform, KeepsInverseAndComposes)
+TEST(trTransform, KeepsInverseComposesAndMovesRaysAndBoxes)
 {
-    trTransform<double> a(General());
-    trTransform<double> b(M::RotationX(0.5) * M::Translation(trVector(0, 2, 0)));
+    trTransform<double> a(General()), b(M::RotationX(0.5) * M::Translation(trVector(0, 2, 0)));
     trVector p(0.3, -4, 7);
     ExpectNear(a.Inverse().Point(a.Point(p)), p, 1e-12);
     EXPECT_EQ(a.Inverse().Matrix(), a.InverseMatrix());
@@ -99,21 +88,16 @@ TEST(trTransform, KeepsInverseAndComposes)
 
     // Normals stay perpendicular to transformed tangents under uneven scaling.
     trTransform<double> s(M::Scaling(trVector(1, 5, 1)));
-    trVector tangent(1, 1, 0), normal(1, -1, 0);
-    EXPECT_NEAR(s.Direction(tangent).Dot(s.Normal(normal)), 0.0, 1e-12);
-}
+    EXPECT_NEAR(s.Direction(trVector(1, 1, 0)).Dot(s.Normal(trVector(1, -1, 0))), 0.0, 1e-12);
 
-TEST(trTransform, RaysAndBoxes)
-{
     trTransform<double> t(M::Translation(trVector(10, 0, 0)) * M::RotationY(kHalfPi));
     trRay ray(trVector(0, 0, 1), trVector(0, 0, 3), 42);
-    trRay moved = t.Ray(ray);
-    ExpectNear(moved.origin, trVector(11, 0, 0));
-    ExpectNear(moved.delta, trVector(2, 0, 0));
+    ExpectNear(t.Ray(ray).origin, trVector(11, 0, 0));
+    ExpectNear(t.Ray(ray).delta, trVector(2, 0, 0));
 
     // A quarter turn about y takes x extents to z extents and z to -x.
-    trBoundingBox box(trVector(0, 0, 0), trVector(1, 2, 3));
-    trBoundingBox out = trTransform<double>(M::RotationY(kHalfPi)).BoundingBox(box);
+    trBoundingBox out =
+        trTransform<double>(M::RotationY(kHalfPi)).BoundingBox(trBoundingBox(trVector(0, 0, 0), trVector(1, 2, 3)));
     ExpectNear(out.lo, trVector(0, 0, -1));
     ExpectNear(out.hi, trVector(3, 2, 0));
     EXPECT_TRUE(t.BoundingBox(trBoundingBox()).IsEmpty());

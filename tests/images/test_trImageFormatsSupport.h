@@ -1,7 +1,7 @@
 #pragma once
-// Shared by the image format tests: the patterns the fixture files were made from, a
-// capture of the host's messages, scratch folders, hand-built SGI files, and reading a
-// file back through ImageMagick.
+// Shared by the image tests: the patterns the fixture files were made from, a capture of
+// the host's messages, scratch folders, hand-built SGI files, and reading a file back
+// through ImageMagick.
 
 #include "foundation/trMessages.h"
 #include "foundation/trString.h"
@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -57,14 +58,27 @@ struct Rgb {
     return false;
 }
 
+// The small checked-in fixtures in data/ beside this source (see data/README.md).
+[[maybe_unused]] std::string Fixture(char const *name)
+{
+    std::string const here = __FILE__;
+    return here.substr(0, here.find_last_of('/') + 1) + "data/" + name;
+}
+
+// A 2x2 GIF screen whose frame claims 18761 x 18761 pixels.
+[[maybe_unused]] std::vector<unsigned char> const kHugeGifFrame = {
+    0x47, 0x49, 0x46, 0x38, 0x39, 0x61, 0x02, 0x00, 0x02, 0x00, 0xf0, 0x00, 0x00, 0x7e, 0x7e, 0x7e,
+    0x00, 0x00, 0x00, 0x21, 0xf9, 0x04, 0x00, 0x00, 0x00, 0x00, 0x00, 0x21, 0xff, 0x00, 0x2c, 0x00,
+    0x00, 0x00, 0x00, 0x49, 0x49, 0x49, 0x49, 0x00, 0x02, 0x02, 0x84, 0x51, 0x00, 0x3b};
+
 // What the host's error and warning callbacks received while alive.
 class MessageCapture {
 public:
     MessageCapture() : oldError(trCallBackError), oldWarning(trCallBackWarning), oldDlg(trDoDlgBoxes)
     {
         Current() = this;
-        trCallBackError = [](char const *t, trErrorWarningData *) { Current()->errors.push_back(t); };
-        trCallBackWarning = [](char const *t, trErrorWarningData *) { Current()->warnings.push_back(t); };
+        trCallBackError = [](char const *t, trErrorWarningData *) { Current()->errors.push_back(t ? t : ""); };
+        trCallBackWarning = [](char const *t, trErrorWarningData *) { Current()->warnings.push_back(t ? t : ""); };
         trDoDlgBoxes = 1;
     }
     ~MessageCapture()
@@ -84,6 +98,10 @@ public:
             all += e + "\n";
         return all;
     }
+    bool AnyErrorStartsWith(std::string const &prefix) const
+    {
+        return std::any_of(errors.begin(), errors.end(), [&](std::string const &e) { return e.rfind(prefix, 0) == 0; });
+    }
 
     std::vector<std::string> errors;
     std::vector<std::string> warnings;
@@ -94,8 +112,7 @@ private:
         static MessageCapture *current = nullptr;
         return current;
     }
-    trMessageCallBack oldError;
-    trMessageCallBack oldWarning;
+    trMessageCallBack oldError, oldWarning;
     int oldDlg;
 };
 
@@ -122,34 +139,33 @@ public:
     std::filesystem::path path;
 };
 
-[[maybe_unused]] void WriteBytes(std::string const &path, std::vector<unsigned char> const &bytes)
+using Bytes = std::vector<unsigned char>;
+
+[[maybe_unused]] void WriteBytes(std::string const &path, Bytes const &bytes)
 {
     std::ofstream out(path, std::ios::binary);
     out.write(reinterpret_cast<char const *>(bytes.data()), std::streamsize(bytes.size()));
 }
 
-[[maybe_unused]] std::vector<unsigned char> ReadBytes(std::string const &path)
+[[maybe_unused]] Bytes ReadBytes(std::string const &path)
 {
     std::ifstream in(path, std::ios::binary);
-    return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+    return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-[[maybe_unused]] void Put16(std::vector<unsigned char> &out, std::size_t at, unsigned v)
+// Big-endian `n`-byte value at `at`.
+[[maybe_unused]] void PutBe(Bytes &out, std::size_t at, std::uint32_t v, int n)
 {
-    out[at] = static_cast<unsigned char>(v >> 8);
-    out[at + 1] = static_cast<unsigned char>(v);
+    for (int i = 0; i < n; ++i)
+        out[at + std::size_t(i)] = static_cast<unsigned char>(v >> (8 * (n - 1 - i)));
 }
-
-[[maybe_unused]] void Put32(std::vector<unsigned char> &out, std::size_t at, std::uint32_t v)
-{
-    for (int i = 0; i < 4; ++i)
-        out[at + std::size_t(i)] = static_cast<unsigned char>(v >> (24 - 8 * i));
-}
+[[maybe_unused]] void Put16(Bytes &out, std::size_t at, unsigned v) { PutBe(out, at, v, 2); }
+[[maybe_unused]] void Put32(Bytes &out, std::size_t at, std::uint32_t v) { PutBe(out, at, v, 4); }
 
 // An SGI header: storage 0 or 1, bytes a sample, sizes.
-[[maybe_unused]] std::vector<unsigned char> SgiHeader(int storage, int bpc, int x, int y, int z)
+[[maybe_unused]] Bytes SgiHeader(int storage, int bpc, int x, int y, int z)
 {
-    std::vector<unsigned char> h(512, 0);
+    Bytes h(512, 0);
     Put16(h, 0, 474);
     h[2] = static_cast<unsigned char>(storage);
     h[3] = static_cast<unsigned char>(bpc);
@@ -160,35 +176,18 @@ public:
     return h;
 }
 
-// A verbatim SGI from samples[channel][row][x] (row 0 the bottom), 1 or 2 bytes a sample.
-[[maybe_unused]] std::vector<unsigned char>
-SgiVerbatim(int bpc, std::vector<std::vector<std::vector<unsigned>>> const &samples)
-{
-    int const z = int(samples.size());
-    int const y = int(samples[0].size());
-    int const x = int(samples[0][0].size());
-    std::vector<unsigned char> file = SgiHeader(0, bpc, x, y, z);
-    for (auto const &plane : samples)
-        for (auto const &row : plane)
-            for (unsigned v : row) {
-                if (bpc == 2)
-                    file.push_back(static_cast<unsigned char>(v >> 8));
-                file.push_back(static_cast<unsigned char>(v));
-            }
-    return file;
-}
+using Planes = std::vector<std::vector<std::vector<unsigned>>>; // [channel][row][x], row 0 the bottom
 
-// A run-length SGI by an encoder of our own: runs of equal samples become repeat units,
-// everything else literal units, at most 127 a unit; each row ends with a 0 count.
-[[maybe_unused]] std::vector<unsigned char>
-SgiRunLength(int bpc, std::vector<std::vector<std::vector<unsigned>>> const &samples)
+// An SGI file from samples, 1 or 2 bytes a sample: verbatim, or run-length by an encoder
+// of our own (runs of 3 or more equal samples become repeat units, everything else
+// literal units, at most 127 a unit; each row ends with a 0 count).
+[[maybe_unused]] Bytes SgiFile(int bpc, Planes const &samples, bool runLength = false)
 {
-    int const z = int(samples.size());
-    int const y = int(samples[0].size());
-    int const x = int(samples[0][0].size());
-    std::vector<unsigned char> file = SgiHeader(1, bpc, x, y, z);
+    int const z = int(samples.size()), y = int(samples[0].size()), x = int(samples[0][0].size());
+    Bytes file = SgiHeader(runLength ? 1 : 0, bpc, x, y, z);
     std::size_t const tables = std::size_t(y) * z * 4;
-    file.resize(file.size() + 2 * tables, 0);
+    if (runLength)
+        file.resize(file.size() + 2 * tables, 0);
     auto unit = [&](unsigned v) {
         if (bpc == 2)
             file.push_back(static_cast<unsigned char>(v >> 8));
@@ -198,8 +197,12 @@ SgiRunLength(int bpc, std::vector<std::vector<std::vector<unsigned>>> const &sam
         for (int r = 0; r < y; ++r) {
             std::size_t const start = file.size();
             auto const &row = samples[std::size_t(c)][std::size_t(r)];
-            std::size_t i = 0;
-            while (i < row.size()) {
+            if (!runLength) {
+                for (unsigned v : row)
+                    unit(v);
+                continue;
+            }
+            for (std::size_t i = 0; i < row.size();) {
                 std::size_t run = 1;
                 while (i + run < row.size() && row[i + run] == row[i] && run < 127)
                     ++run;
@@ -227,41 +230,31 @@ SgiRunLength(int bpc, std::vector<std::vector<std::vector<unsigned>>> const &sam
     return file;
 }
 
-// A 16-bit sample of the image at column x, row y, channel c.
-[[maybe_unused]] unsigned Sample16(trImage const &image, int x, int y, int c)
+// A sample of the image at column x, row y, channel c, of 2 (unsigned) or 4 (float) bytes.
+template <class T = std::uint16_t> T SampleAt(trImage const &image, int x, int y, int c)
 {
-    std::uint16_t v;
-    std::memcpy(&v, image.PixelRaw(x, y) + 2 * c, 2);
-    return v;
-}
-
-[[maybe_unused]] float SampleF(trImage const &image, int x, int y, int c)
-{
-    float v;
-    std::memcpy(&v, image.PixelRaw(x, y) + 4 * c, 4);
+    T v;
+    std::memcpy(&v, image.PixelRaw(x, y) + sizeof(T) * std::size_t(c), sizeof(T));
     return v;
 }
 
 // The file as ImageMagick decodes it: 8-bit RGB, top row first. Empty on failure.
-[[maybe_unused]] std::vector<unsigned char> ImageMagickRgb8(std::string const &path, int depth = 8)
+[[maybe_unused]] Bytes ImageMagickRgb8(std::string const &path)
 {
 #ifdef OSTREL_IMAGEMAGICK_CONVERT
-    std::string const command = std::string("\"") + OSTREL_IMAGEMAGICK_CONVERT + "\" \"" + path + "\" -depth " +
-                                std::to_string(depth) + " rgb:- 2>/dev/null";
+    std::string const command =
+        std::string("\"") + OSTREL_IMAGEMAGICK_CONVERT + "\" \"" + path + "\" -depth 8 rgb:- 2>/dev/null";
     std::FILE *pipe = popen(command.c_str(), "r");
     if (!pipe)
         return {};
-    std::vector<unsigned char> bytes;
+    Bytes bytes;
     unsigned char buffer[4096];
     std::size_t n;
     while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0)
         bytes.insert(bytes.end(), buffer, buffer + n);
-    if (pclose(pipe) != 0)
-        return {};
-    return bytes;
+    return pclose(pipe) == 0 ? bytes : Bytes();
 #else
     (void)path;
-    (void)depth;
     return {};
 #endif
 }

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -30,28 +31,22 @@ bool Linked(trAnimate const &a, int component)
     return n == a.NumKeys(component);
 }
 
-TEST(trAnimKey, IdsCountUpAndNeverRepeat)
+TEST(trAnimKey, IdsCountUpAndFramesRoundHalfUpAndSaturate)
 {
     long const start = trAnimKey::ms_runningKeyID;
     trAnimKey a;
     trAnimKey b(3.0, 7.0);
     trAnimMetaKey m(4.0);
-    EXPECT_EQ(a.GetID(), start);
-    EXPECT_EQ(b.GetID(), start + 1);
-    EXPECT_EQ(m.GetID(), start + 2);
-    EXPECT_EQ(trAnimKey::ms_runningKeyID, start + 3);
-}
-
-TEST(trAnimKey, FramesRoundHalfUpAndSaturate)
-{
+    EXPECT_EQ((std::vector<long>{a.GetID(), b.GetID(), m.GetID(), trAnimKey::ms_runningKeyID}),
+              (std::vector<long>{start, start + 1, start + 2, start + 3}));
     long const limit = 1L << 62;
-    struct Row {
+    struct {
         double frame;
         long rounded;
-    } const rows[] = {{10.4, 10},    {10.5, 11},      {-2.5, -2}, {-2.6, -3},
-                      {-0.5, 0},     {1e300, limit},  {-1e300, -limit},
-                      {std::nan(""), 0}, {1e15 + 0.25, 1000000000000000L}};
-    for (Row const &row : rows) {
+    } const rows[] = {{10.4, 10},      {10.5, 11},       {-2.5, -2},       {-2.6, -3},
+                      {-0.5, 0},       {1e300, limit},   {-1e300, -limit}, {std::nan(""), 0},
+                      {1e15 + 0.25, 1000000000000000L}};
+    for (auto const &row : rows) {
         trAnimKey k;
         k.SetFrame(row.frame);
         EXPECT_EQ(k.FrameInt(), row.rounded) << row.frame;
@@ -59,7 +54,7 @@ TEST(trAnimKey, FramesRoundHalfUpAndSaturate)
     }
 }
 
-TEST(trAnimKey, DeleteAllFollowingCutsTheList)
+TEST(trAnimKey, DeleteAllFollowingAndConsolidateCutTheListAndMetaKeysMaskComponents)
 {
     trAnimate a;
     for (long f = 0; f < 5; ++f)
@@ -67,22 +62,22 @@ TEST(trAnimKey, DeleteAllFollowingCutsTheList)
     trAnimKey *second = a.FirstKey(0)->Next();
     second->DeleteAllFollowing();
     EXPECT_EQ(second->Next(), nullptr);
-    EXPECT_EQ(a.FirstKey(0)->Next(), second);
-    // The curve's count is its own business; only the cells are checked here.
-}
-
-TEST(trAnimMetaKey, MaskOfComponents)
-{
+    EXPECT_EQ(a.FirstKey(0)->Next(), second); // the curve's count is its own business
+    // Consolidating two cells at one frame keeps the later one.
+    trAnimate b;
+    b.SetKey(1.0, 1, 0);
+    trAnimKey *k2 = b.SetKey(2.0, 2, 0);
+    k2->SetFrame(1.0); // two cells at frame 1, the first one first
+    b.ConsolidateKeys();
+    EXPECT_EQ(b.NumKeys(0), 1);
+    EXPECT_TRUE(b.FirstKey(0) == k2 && k2->Prev() == nullptr);
     trAnimMetaKey m;
     EXPECT_FALSE(m.HasComponents());
-    m.SetComponent(0);
-    m.SetComponent(2);
-    m.SetComponent(3);  // refused
-    m.SetComponent(-1); // refused
+    for (int c : {0, 2, 3, -1}) // the last two are refused
+        m.SetComponent(c);
     EXPECT_EQ(m.GetComponents(), 5);
     EXPECT_EQ(m.NumComponents(), 2);
-    EXPECT_TRUE(m.DoYouHaveThisComponent(2));
-    EXPECT_FALSE(m.DoYouHaveThisComponent(1));
+    EXPECT_TRUE(m.DoYouHaveThisComponent(2) && !m.DoYouHaveThisComponent(1));
     m.ClearComponent(0);
     EXPECT_EQ(m.GetComponents(), 4);
 }
@@ -98,7 +93,6 @@ TEST(trAnimate, SetKeyKeepsFrameOrderAndOverwrites)
     EXPECT_EQ(Frames(a, 0), (std::vector<double>{-3, 5, 10, 20}));
     EXPECT_TRUE(Linked(a, 0));
     EXPECT_EQ(a.NumKeys(0), 4);
-
     // Overwrite: same cell, same id, TCB kept, only the value changes.
     mid->SetTCB(0.1, 0.2, 0.3);
     long const id = mid->GetID();
@@ -112,14 +106,12 @@ TEST(trAnimate, InvalidComponentsAndModesAreRefused)
     trAnimate a;
     EXPECT_TRUE(a.SetKey(1.0, 0, 3) == nullptr && a.SetKey(1.0, 0, -1) == nullptr && !a.HasKeys());
     EXPECT_TRUE(a.NumKeys(5) == 0 && a.FirstKey(-1) == nullptr && a.GetValue(0.0, 3) == 0.0);
-    EXPECT_EQ(a.GetComponentInterpolationMode(3), 0);
-    EXPECT_EQ(a.SetComponentInterpolationMode(3, 2), 0);
-    EXPECT_EQ(a.RemoveAllKeysForComponent(-1), 0);
-    EXPECT_EQ(a.SetComponentInterpolationMode(1, trAnimationInterpolationLinear), 1);
-    EXPECT_EQ(a.GetComponentInterpolationMode(1), trAnimationInterpolationLinear);
-    EXPECT_EQ(a.SetComponentInterpolationMode(1, 0), 0);
-    EXPECT_EQ(a.SetComponentInterpolationMode(1, 3), 0);
-    EXPECT_EQ(a.GetComponentInterpolationMode(1), trAnimationInterpolationLinear);
+    EXPECT_EQ((std::vector<long>{a.GetComponentInterpolationMode(3), a.SetComponentInterpolationMode(3, 2),
+                                 a.RemoveAllKeysForComponent(-1),
+                                 a.SetComponentInterpolationMode(1, trAnimationInterpolationLinear),
+                                 a.SetComponentInterpolationMode(1, 0), a.SetComponentInterpolationMode(1, 3),
+                                 a.GetComponentInterpolationMode(1)}),
+              (std::vector<long>{0, 0, 0, 1, 0, 0, trAnimationInterpolationLinear}));
 }
 
 TEST(trAnimate, FindKeys)
@@ -139,36 +131,34 @@ TEST(trAnimate, FindKeys)
     EXPECT_EQ(a.LastKey(2), k);
 }
 
-TEST(trAnimate, ValueIsConstantOutsideTheKeys)
+TEST(trAnimate, ValuesAgainstHandComputedOnes)
 {
-    trAnimate a;
-    EXPECT_EQ(a.GetValue(5.0, 0), 0.0); // no keys
-    a.SetKey(4.0, 10, 0);
-    // A single key gives a constant curve.
-    EXPECT_EQ(a.GetValue(-100.0, 0), 4.0);
-    EXPECT_EQ(a.GetValue(1000.0, 0), 4.0);
-    a.SetKey(8.0, 20, 0);
-    for (int mode : {1, 2}) {
-        a.SetComponentInterpolationMode(0, mode);
-        EXPECT_EQ(a.GetValue(9.0, 0), 4.0);
-        EXPECT_EQ(a.GetValue(20.0, 0), 8.0);
-        EXPECT_EQ(a.GetValue(20.5, 0), 8.0);
+    using Keys = std::vector<std::pair<double, long>>; // value, frame
+    Keys const two = {{4, 10}, {8, 20}}, line = {{0, 0}, {10, 10}, {-10, 30}}, span = {{0, 0}, {10, 10}};
+    // Two-key TCB: prior and next are the span's ends, so the outer tangent terms vanish and
+    // m0 = m1 = (y1 - y0) / 2 with T = C = B = 0; at s = 0.25 h01 = 0.15625, h10 = 0.140625,
+    // h11 = -0.046875. Outside the keys every mode is constant.
+    struct {
+        int mode;
+        Keys keys;
+        double frame, value;
+    } const rows[] = {
+        {1, {}, 5, 0},         {1, {{4, 10}}, -100, 4}, {1, {{4, 10}}, 1000, 4}, {1, two, 9, 4},
+        {1, two, 20, 8},       {1, two, 20.5, 8},       {2, two, 9, 4},          {2, two, 20, 8},
+        {2, two, 20.5, 8},     {2, line, 5, 5},         {2, line, 20, 0},        {2, line, 25, -5},
+        {1, span, 2.5, 2.03125}, {1, span, 5, 5},       {1, span, 7.5, 7.96875},
+    };
+    for (auto const &row : rows) {
+        trAnimate a;
+        a.SetComponentInterpolationMode(0, row.mode);
+        for (auto [value, frame] : row.keys)
+            a.SetKey(value, frame, 0);
+        EXPECT_NEAR(a.GetValue(row.frame, 0), row.value, 1e-12)
+            << "mode " << row.mode << ", " << row.keys.size() << " keys, frame " << row.frame;
     }
 }
 
-TEST(trAnimate, LinearIsTheStraightLineBetweenKeys)
-{
-    trAnimate a;
-    a.SetComponentInterpolationMode(0, trAnimationInterpolationLinear);
-    a.SetKey(0.0, 0, 0);
-    a.SetKey(10.0, 10, 0);
-    a.SetKey(-10.0, 30, 0);
-    EXPECT_DOUBLE_EQ(a.GetValue(5.0, 0), 5.0);
-    EXPECT_DOUBLE_EQ(a.GetValue(20.0, 0), 0.0);
-    EXPECT_DOUBLE_EQ(a.GetValue(25.0, 0), -5.0);
-}
-
-TEST(trAnimate, BeforeAndAfterAreTheKeysAroundTheFrame)
+TEST(trAnimate, BeforeAndAfterAreTheKeysAroundTheFrameAndAStartKeyChangesNothing)
 {
     trAnimate a;
     trAnimKey *k0 = a.SetKey(0.0, 0, 0);
@@ -184,34 +174,16 @@ TEST(trAnimate, BeforeAndAfterAreTheKeysAroundTheFrame)
         a.GetValue(r.frame, 0, &before, &after);
         EXPECT_TRUE(before == r.before && after == r.after) << r.frame;
     }
-}
-
-TEST(trAnimate, StartKeyGivesTheSameValues)
-{
-    trAnimate a;
+    trAnimate b;
     for (long f = 0; f <= 50; f += 5)
-        a.SetKey(double((f * 7) % 11), f, 0);
+        b.SetKey(double((f * 7) % 11), f, 0);
     trAnimKey *before = nullptr;
     for (double f = -2.0; f < 55.0; f += 0.75) {
-        double const fresh = a.GetValue(f, 0);
-        double const walked = a.GetValue(f, 0, &before, nullptr, before);
-        EXPECT_DOUBLE_EQ(walked, fresh) << f;
+        double const fresh = b.GetValue(f, 0);
+        EXPECT_DOUBLE_EQ(b.GetValue(f, 0, &before, nullptr, before), fresh) << f;
     }
     // A start beyond the frame is not used.
-    EXPECT_DOUBLE_EQ(a.GetValue(3.0, 0, nullptr, nullptr, a.LastKey(0)), a.GetValue(3.0, 0));
-}
-
-TEST(trAnimate, TwoKeyTCBHasHandComputedValues)
-{
-    // Two keys: prior and next are the span's ends, so the outer tangent terms vanish
-    // and m0 = m1 = (y1 - y0) / 2 with T = C = B = 0.
-    trAnimate a;
-    a.SetKey(0.0, 0, 0);
-    a.SetKey(10.0, 10, 0);
-    // s = 0.25: h01 = 0.15625, h10 = 0.140625, h11 = -0.046875.
-    EXPECT_NEAR(a.GetValue(2.5, 0), 2.03125, 1e-12);
-    EXPECT_NEAR(a.GetValue(5.0, 0), 5.0, 1e-12);
-    EXPECT_NEAR(a.GetValue(7.5, 0), 7.96875, 1e-12);
+    EXPECT_DOUBLE_EQ(b.GetValue(3.0, 0, nullptr, nullptr, b.LastKey(0)), b.GetValue(3.0, 0));
 }
 
 TEST(trAnimate, TCBUsesTheFirstKeysParametersForTheSpan)
@@ -240,10 +212,8 @@ TEST(trAnimate, TCBPassesThroughEveryKey)
     trAnimate a;
     double const values[] = {3.0, -1.0, 4.0, 1.5, -5.0, 9.0};
     long const frames[] = {-7, 0, 3, 11, 12, 40};
-    for (int i = 0; i < 6; ++i) {
-        trAnimKey *k = a.SetKey(values[i], frames[i], 2);
-        k->SetTCB(0.3 * i - 0.8, 0.5 - 0.2 * i, 0.1 * i);
-    }
+    for (int i = 0; i < 6; ++i)
+        a.SetKey(values[i], frames[i], 2)->SetTCB(0.3 * i - 0.8, 0.5 - 0.2 * i, 0.1 * i);
     for (int i = 0; i < 6; ++i)
         EXPECT_NEAR(a.GetValue(double(frames[i]), 2), values[i], 1e-9) << frames[i];
     // Just inside each span the curve starts at its key.
@@ -327,43 +297,26 @@ TEST(trAnimate, MoveKeysMergesWithTheMovedKeyWinning)
     EXPECT_EQ(a.FindMetaKeyForFrame(10.0)->GetComponents(), 2);
     EXPECT_EQ(a.FindMetaKeyForFrame(20.0)->GetComponents(), 1);
     EXPECT_EQ(a.NumMetaKeys(), 3);
-
     // Past another key without landing on it: the order is repaired.
-    long const back[] = {k10->GetID()};
-    EXPECT_EQ(a.MoveKeys(back, 1, -25), 1);
+    EXPECT_EQ(a.MoveKeys(ids, 1, -25), 1);
     EXPECT_EQ(Frames(a, 0), (std::vector<double>{-5, 0}));
     EXPECT_TRUE(Linked(a, 0));
     EXPECT_EQ(a.MoveKeys(nullptr, 0, 3), 0);
     long const unknown[] = {-99};
     EXPECT_EQ(a.MoveKeys(unknown, 1, 3), 0);
-}
-
-TEST(trAnimate, MovingAMetaKeyCarriesItsComponentKeys)
-{
-    trAnimate a;
-    a.SetUseMetaKeys(true);
-    a.SetKey(1.0, 4, 0);
-    a.SetKey(2.0, 4, 2);
-    a.SetKey(3.0, 8, 1);
-    long const ids[] = {a.FindMetaKeyForFrame(4.0)->GetID()};
-    EXPECT_EQ(a.MoveKeys(ids, 1, 2), 2);
-    EXPECT_EQ(Frames(a, 0), (std::vector<double>{6}));
-    EXPECT_EQ(Frames(a, 2), (std::vector<double>{6}));
-    EXPECT_EQ(Frames(a, 1), (std::vector<double>{8}));
-    EXPECT_EQ(a.FindMetaKeyForFrame(6.0)->GetID(), ids[0]);
-    EXPECT_EQ(a.FindMetaKeyForFrame(4.0), nullptr);
-}
-
-TEST(trAnimate, ConsolidateKeepsTheLaterCell)
-{
-    trAnimate a;
-    a.SetKey(1.0, 1, 0);
-    trAnimKey *k2 = a.SetKey(2.0, 2, 0);
-    k2->SetFrame(1.0); // two cells at frame 1, k1 first
-    a.ConsolidateKeys();
-    EXPECT_EQ(a.NumKeys(0), 1);
-    EXPECT_EQ(a.FirstKey(0), k2);
-    EXPECT_EQ(k2->Prev(), nullptr);
+    // Moving a meta key carries its component keys.
+    trAnimate b;
+    b.SetUseMetaKeys(true);
+    b.SetKey(1.0, 4, 0);
+    b.SetKey(2.0, 4, 2);
+    b.SetKey(3.0, 8, 1);
+    long const meta[] = {b.FindMetaKeyForFrame(4.0)->GetID()};
+    EXPECT_EQ(b.MoveKeys(meta, 1, 2), 2);
+    EXPECT_EQ(Frames(b, 0), (std::vector<double>{6}));
+    EXPECT_EQ(Frames(b, 2), (std::vector<double>{6}));
+    EXPECT_EQ(Frames(b, 1), (std::vector<double>{8}));
+    EXPECT_EQ(b.FindMetaKeyForFrame(6.0)->GetID(), meta[0]);
+    EXPECT_EQ(b.FindMetaKeyForFrame(4.0), nullptr);
 }
 
 } // namespace

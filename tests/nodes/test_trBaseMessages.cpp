@@ -7,8 +7,6 @@
 #include "nodes/trDestructionNotifier.h"
 #include "nodes/trGuiAction.h"
 
-#include <gtest/gtest.h>
-
 namespace {
 
 char const *const kClass = "core_messages_probe";
@@ -30,7 +28,7 @@ public:
     }
 };
 
-TEST(trBaseMessages, RenamesAreAnnouncedOnlyWhenTheNameChanges)
+TEST(trBaseMessages, RenamesAreAnnouncedOnlyWhenTheNameChangesAndStatesWithTheIndex)
 {
     Probe n;
     n.name = "n";
@@ -40,34 +38,25 @@ TEST(trBaseMessages, RenamesAreAnnouncedOnlyWhenTheNameChanges)
     n.SetName(trString("m"));
     n.SetParam(1, trString("k"), trWhoUser);
     n.SetParam(1, trString("k"), trWhoUser);
-    ASSERT_EQ(ear.heard.size(), 2u);
-    for (auto const &h : ear.heard) {
-        EXPECT_EQ(h.code, 25003u);
-        EXPECT_EQ(h.data, static_cast<void *>(static_cast<trBase *>(&n)));
-    }
+    EXPECT_EQ(ear.Codes(), (std::vector<unsigned long>{25003, 25003}));
+    EXPECT_TRUE(ear.heard[0].data == static_cast<trBase *>(&n) && ear.heard[1].data == static_cast<trBase *>(&n));
     // SetName itself is no parameter change.
     Events().clear();
     n.SetName(trString("j"));
     EXPECT_EQ(Events(), std::vector<std::string>({"msg 25003"}));
-}
-
-TEST(trBaseMessages, InterfaceStateMessagesCarryTheIndex)
-{
-    Probe n;
-    Listener ear;
-    ear.ListenTo(&n);
+    // Interface state messages carry the index.
+    ear.heard.clear();
     n.SetParamGuiEnabled(n.iR, false);
     EXPECT_FALSE(n.IsParamGuiEnabled(n.iR));
     n.SetParamGuiEnabled("real_value", true);
     EXPECT_TRUE(n.IsParamGuiEnabled(n.iR));
-    ASSERT_EQ(ear.heard.size(), 2u);
-    EXPECT_TRUE(ear.heard[0].code == 25006u && ear.heard[1].code == 25005u);
+    EXPECT_EQ(ear.Codes(), (std::vector<unsigned long>{25006, 25005}));
     EXPECT_TRUE(ear.heard[0].index == n.iR && ear.heard[1].index == n.iR);
 }
 
 TEST(trBaseMessages, TheEndOfANodeInOrder)
 {
-    ProbeClass(kClass);
+    TestClass(kClass);
     Probe root;
     root.name = "root";
     Probe *kid = AsProbe(root.CreateChild(trString(kClass)));
@@ -88,8 +77,7 @@ TEST(trBaseMessages, TheEndOfANodeInOrder)
         "report kid 17 kid",               "msg 25002",          "report destroy kid",
         "root.State(kid,Destructor)"};
     EXPECT_EQ(Events(), expected);
-    ASSERT_EQ(ear.heard.size(), 2u);
-    EXPECT_TRUE(ear.heard[0].code == 25001u && ear.heard[1].code == 25002u);
+    EXPECT_EQ(ear.Codes(), (std::vector<unsigned long>{25001, 25002}));
     EXPECT_EQ(ear.heard[1].data, static_cast<void *>(static_cast<trBase *>(kid)));
     EXPECT_EQ(root.NumChildren(), 0);
 }
@@ -125,14 +113,12 @@ TEST(trBaseMessages, AReadAtAFrameWritesTheValueBackAsTheSystem)
     double frame = 10;
     trVector v;
     EXPECT_EQ(n.GetParam(n.iV, v, trWhoUser, &frame), 1);
-    EXPECT_EQ(v, trVector(4, 5, 6));
-    EXPECT_EQ(n.v, trVector(4, 5, 6));
+    EXPECT_TRUE(v == trVector(4, 5, 6) && n.v == v);
     EXPECT_EQ(Events(), std::vector<std::string>({"n.Pre(n,11,system)", "n.Changed(11,system)"}));
     // Without a frame it is a plain read.
     Events().clear();
     long i = 0;
-    EXPECT_EQ(n.GetParam(n.iI, i, trWhoUser, nullptr), 1);
-    EXPECT_EQ(i, 3);
+    EXPECT_TRUE(n.GetParam(n.iI, i, trWhoUser, nullptr) && i == 3);
     EXPECT_TRUE(Events().empty());
     // A wrong type writes nothing back.
     HostCapture host;
@@ -159,7 +145,7 @@ public:
 
 TEST(trBaseMessages, ProgressReachesTheRoot)
 {
-    ProbeClass(kClass);
+    TestClass(kClass);
     ProgressRoot root;
     trBase *mid = root.CreateChild(trString(kClass));
     trBase *leaf = mid->CreateChild(trString(kClass));
@@ -169,9 +155,8 @@ TEST(trBaseMessages, ProgressReachesTheRoot)
     EXPECT_EQ(leaf->ReportProgress(id, trString("half"), 0.5f, 1.f), 0);
     EXPECT_EQ(id, 77u);
     EXPECT_EQ(leaf->ReportProgressNoAbort(id, trString("more"), 0.75f, 1.f), 0);
-    ASSERT_EQ(root.seen.size(), 2u);
-    EXPECT_EQ(root.seen[0], "leaf 3 half 0.500000 1.000000 1");
-    EXPECT_EQ(root.seen[1], "leaf 77 more 0.750000 1.000000 0");
+    EXPECT_EQ(root.seen,
+              (std::vector<std::string>{"leaf 3 half 0.500000 1.000000 1", "leaf 77 more 0.750000 1.000000 0"}));
     Probe lone;
     EXPECT_EQ(lone.ReportProgress(id, trString("x"), 0.f, 1.f), 1); // a base root goes on
 }

@@ -5,10 +5,7 @@
 
 #include "nodes/trUndo.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdio>
-#include <unistd.h>
 
 namespace {
 
@@ -17,16 +14,10 @@ char const *const kClass = "core_tree_probe";
 // A root owning registered children, so that its end destroys them properly.
 struct Tree {
     Probe root;
-    Tree()
-    {
-        ProbeClass(kClass);
-        root.name = "root";
-        root.logging = false;
-    }
+    Tree() { TestClass(kClass); root.name = "root"; }
     Probe *Add(trBase *parent, char const *name)
     {
         Probe *n = AsProbe(parent->CreateChild(trString(kClass)));
-        n->logging = false;
         if (name)
             n->SetName(trString(name));
         return n;
@@ -39,24 +30,19 @@ TEST(trBaseNames, ClashesGetSuffixesAndNumbersCount)
     Probe *a = t.Add(&t.root, "A");
     Probe *b = t.Add(&t.root, "A");
     Probe *c = t.Add(&t.root, nullptr);
-    EXPECT_EQ(Str(a->name), "A");
-    EXPECT_EQ(Str(b->name), "A_1");
+    EXPECT_EQ(Str(a->name) + " " + Str(b->name), "A A_1");
     EXPECT_EQ(c->SetParam(1, trString("A"), trWhoUser), 1);
     trString shown;
     c->GetParam(1, shown);
     EXPECT_EQ(Str(shown), "A_1_1");
-
     // Created nodes already carry numbered names of their class.
     Probe *p1 = t.Add(&t.root, nullptr);
     Probe *p2 = t.Add(&t.root, nullptr);
-    EXPECT_EQ(Str(p1->name), "Core tree probe 01");
-    EXPECT_EQ(Str(p2->name), "Core tree probe 02");
+    EXPECT_EQ(Str(p1->name) + ", " + Str(p2->name), "Core tree probe 01, Core tree probe 02");
     p1->SetName(trString("Planet %02d"));
     p2->SetName(trString("Planet %02D")); // the marker is found regardless of case
-    EXPECT_EQ(Str(p1->name), "Planet 01");
-    EXPECT_EQ(Str(p2->name), "Planet 02");
     c->SetName(trString(""));
-    EXPECT_EQ(Str(c->name), "_1");
+    EXPECT_EQ(Str(p1->name) + ", " + Str(p2->name) + ", " + Str(c->name), "Planet 01, Planet 02, _1");
 }
 
 TEST(trBaseNames, OwnChildrenAndEverythingInScopeClash)
@@ -83,20 +69,18 @@ TEST(trBaseNames, OwnChildrenAndEverythingInScopeClash)
     EXPECT_FALSE(lone.root.ClassExistsInTree(only->RegisteredClassId(), only, nullptr));
 }
 
-// The first free number, by the clash rule tried one number at a time.
-long FirstFreeByTrying(trBase *node, char const *base)
+// The name with the first free number, by the clash rule tried one number at a time.
+std::string FirstFreeByTrying(trBase *node, char const *base)
 {
     for (long n = 1;; ++n) {
         char text[64];
         std::snprintf(text, sizeof text, "%s%02ld", base, n);
         trString candidate(text);
-        bool clash = false;
+        bool clash = node->Parent() && node->Parent()->NodeInScope(candidate, node, nullptr);
         for (long i = 0; i < node->NumChildren(); ++i)
             clash = clash || (node->Child(i) != node && node->Child(i)->name == candidate);
-        if (node->Parent() && node->Parent()->NodeInScope(candidate, node, nullptr))
-            clash = true;
         if (!clash)
-            return n;
+            return text;
     }
 }
 
@@ -104,7 +88,7 @@ TEST(trBaseNames, NumberedNamesTakeTheFirstFreeNumberInScope)
 {
     Tree t;
     t.Add(&t.root, "N 01");
-    Probe *three = t.Add(&t.root, "N 03");
+    t.Add(&t.root, "N 03");
     t.Add(&t.root, "N 1");   // not the printed form of a number
     t.Add(&t.root, "N 002"); // nor this
     Probe *p = t.Add(&t.root, "P");
@@ -113,23 +97,18 @@ TEST(trBaseNames, NumberedNamesTakeTheFirstFreeNumberInScope)
     t.Add(target, "N 04"); // the node's own children clash too
     target->SetName(trString("N %02d"));
     EXPECT_EQ(Str(target->name), "N 05");
-
     EXPECT_EQ(t.root.DestroyChild(trString("N 03")), 1);
-    (void)three;
     target->SetName(trString("T"));
     target->SetName(trString("N %02d"));
     EXPECT_EQ(Str(target->name), "N 03");
-
     // A sibling of the same number seen first at a level above doesn't count when it is
     // the node itself: renaming to the same pattern keeps a free number.
     for (int round = 0; round < 40; ++round) {
         Probe *n = t.Add(round % 3 ? p : &t.root, nullptr);
-        long expected = FirstFreeByTrying(n, "Core tree probe ");
-        char text[64];
-        std::snprintf(text, sizeof text, "Core tree probe %02ld", expected);
+        std::string const expected = FirstFreeByTrying(n, "Core tree probe ");
         n->SetName(trString("x"));
         n->SetName(trString("Core tree probe %02d"));
-        ASSERT_EQ(Str(n->name), text) << "round " << round;
+        ASSERT_EQ(Str(n->name), expected) << "round " << round;
     }
 }
 
@@ -140,11 +119,8 @@ TEST(trBaseNames, PathsAndNodeByPath)
     Probe *c = t.Add(p, "C");
     Probe *d = t.Add(c, "D");
     Probe *s = t.Add(&t.root, "S");
-    EXPECT_EQ(Str(t.root.Path()), "");
-    EXPECT_EQ(Str(p->Path()), "/");
-    EXPECT_EQ(Str(d->Path()), "/P/C/");
-    EXPECT_EQ(Str(d->NameAndPath()), "/P/C/D");
-
+    EXPECT_EQ(Str(t.root.Path()) + "|" + Str(p->Path()) + "|" + Str(d->Path()) + "|" + Str(d->NameAndPath()),
+              "|/|/P/C/|/P/C/D");
     // "/" asks for the root's child named ""; a final separator finds nothing; absolute paths
     // work from anywhere; a bare name is an own child first, then what the parent sees in
     // scope, and the root has no parent to ask.
@@ -174,30 +150,15 @@ TEST(trBaseChildren, OrderWalkAndDestroyMovesTheLastChild)
         walk.push_back(n);
     EXPECT_EQ(walk, std::vector<trBase *>({&t.root, a, a1, b, c, d}));
     EXPECT_EQ(b->NextSibling(), c);
-
     EXPECT_EQ(t.root.DestroyChild(1), 1); // b goes, d takes its slot
     ASSERT_EQ(t.root.NumChildren(), 3);
-    EXPECT_EQ(t.root.Child(0L), a);
-    EXPECT_EQ(t.root.Child(1L), d);
-    EXPECT_EQ(t.root.Child(2L), c);
+    EXPECT_EQ((std::vector<trBase *>{t.root.Child(0L), t.root.Child(1L), t.root.Child(2L)}),
+              (std::vector<trBase *>{a, d, c}));
     EXPECT_EQ(t.root.DestroyChild(trString("a")), 1); // its own child goes with it
     EXPECT_EQ(t.root.Child(0L), c);
     EXPECT_EQ(t.root.DestroyChild(trString("zz")), 0);
     EXPECT_EQ(c->DestroyChild(0), 0); // no list at all
     EXPECT_EQ(t.root.NumChildren(), 2);
-}
-
-TEST(trBaseChildren, AttachedWithoutEnteringTheList)
-{
-    Probe parent;
-    Probe loose;
-    EXPECT_TRUE(loose.MayAffectPreviews());
-    EXPECT_EQ(loose.Init(&parent, 0), 1);
-    EXPECT_EQ(loose.Parent(), &parent);
-    EXPECT_FALSE(loose.IsRoot());
-    EXPECT_EQ(parent.NumChildren(), 0);
-    EXPECT_FALSE(loose.MayAffectPreviews());
-    loose.Init(nullptr, 0);
 }
 
 long ResidentKiB()
@@ -221,10 +182,8 @@ TEST(trBaseChildren, ChildTablesCostOnlyTheSlotsInUse)
     long const before = ResidentKiB();
     trBase *const marker = reinterpret_cast<trBase *>(&tables);
     for (int i = 0; i < kTables; ++i) {
-        trNetwork *n = new trNetwork;
-        ASSERT_NE(n, nullptr);
-        n->AddChild(marker);
-        tables.push_back(n);
+        tables.push_back(new trNetwork);
+        tables.back()->AddChild(marker);
     }
     long const after = ResidentKiB();
     if (before > 0 && after > 0) {
@@ -251,41 +210,39 @@ TEST(trBaseMisc, ContentPathsInheritAndAnnounce)
     Probe *p = t.Add(&t.root, "P");
     Probe *c = t.Add(p, "C");
     t.root.SetOrphanedContentFilePath(trString("/orphan/"));
-    EXPECT_EQ(Str(c->ContentFilePath()), "/orphan/");
-    EXPECT_EQ(Str(t.root.ContentFilePath()), "/orphan/");
-    testing::internal::CaptureStdout();
+    EXPECT_EQ(Str(c->ContentFilePath()) + " " + Str(t.root.ContentFilePath()), "/orphan/ /orphan/");
+    Console console;
     p->SetAbsoluteContentFilePathForChildren(trString("/work/"));
-    std::string const out = testing::internal::GetCapturedStdout();
-    EXPECT_EQ(out, "Content path for children of \"/P\" set to \"/work/\"\n");
-    EXPECT_EQ(Str(c->ContentFilePath()), "/work/");
-    EXPECT_EQ(Str(p->ContentFilePath()), "/orphan/");
-    EXPECT_EQ(Str(c->AbsoluteContentFilePathForChildren()), "/work/");
+    EXPECT_EQ(console.Done(), "Content path for children of \"/P\" set to \"/work/\"\n");
+    EXPECT_EQ(Str(c->ContentFilePath()) + " " + Str(p->ContentFilePath()) + " " +
+                  Str(c->AbsoluteContentFilePathForChildren()),
+              "/work/ /orphan/ /work/");
 }
 
 // A project root declares the frame range.
 class FrameRoot : public Probe {
 public:
     double current = 12.5, start = 1.7, end = -0.5;
-    FrameRoot()
-    {
-        Param(current, "current_frame", 12.5);
-        Param(start, "start_frame", 1.7);
-        Param(end, "end_frame", -0.5);
-    }
+    long iCurrent = Param(current, "current_frame", 12.5), iStart = Param(start, "start_frame", 1.7),
+         iEnd = Param(end, "end_frame", -0.5);
 };
 
-TEST(trBaseMisc, FramesComeFromTheRoot)
+TEST(trBaseMisc, FramesComeFromTheRootAndAnAttachedNodeIsNoChild)
 {
-    ProbeClass(kClass);
+    TestClass(kClass);
     FrameRoot root;
-    root.logging = false;
     trBase *kid = root.CreateChild(trString(kClass));
-    EXPECT_EQ(kid->GetCurrentFrame(), 12.5);
-    EXPECT_EQ(kid->GetStartFrame(), 1);
-    EXPECT_EQ(kid->GetEndFrame(), -1); // floored, not truncated
+    // The end frame is floored, not truncated.
+    EXPECT_TRUE(kid->GetCurrentFrame() == 12.5 && kid->GetStartFrame() == 1 && kid->GetEndFrame() == -1);
     Probe bare;
-    EXPECT_EQ(bare.GetCurrentFrame(), 0.0);
-    EXPECT_EQ(bare.GetEndFrame(), 0);
+    EXPECT_TRUE(bare.GetCurrentFrame() == 0.0 && bare.GetEndFrame() == 0);
+    // Attached without entering the list: it has a parent, is no root and no child.
+    Probe loose;
+    EXPECT_TRUE(loose.MayAffectPreviews());
+    EXPECT_EQ(loose.Init(&root, 0), 1);
+    EXPECT_TRUE(loose.Parent() == &root && !loose.IsRoot() && !loose.MayAffectPreviews());
+    EXPECT_EQ(root.NumChildren(), 1);
+    loose.Init(nullptr, 0);
 }
 
 TEST(trBaseMisc, BundlesAndTheirEnd)

@@ -3,16 +3,10 @@
 
 #include "test_trBaseSupport.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
 namespace {
 
 // Records the order in which the pool drives a node through its life.
 std::vector<std::string> lifeLog;
-int recorderDestroyed = 0;
 
 class PoolRecorder : public trBase {
 public:
@@ -50,13 +44,10 @@ trBase *CreateRecorder() { return new PoolRecorder; }
 void DestroyRecorder(trBase *node)
 {
     lifeLog.push_back("destroy");
-    ++recorderDestroyed;
     delete node;
 }
 
-class PoolPlain : public trBase {
-};
-trBase *CreatePlain() { return new PoolPlain; }
+trBase *CreatePlain() { return new trBase; }
 void DestroyPlain(trBase *node) { delete node; }
 trBase *CreateNothing() { return nullptr; }
 
@@ -86,18 +77,10 @@ TEST(trClassPool, AddClassStoresTypeNameAndDisplayNames)
     long const before = trClasses.NumClasses();
     EXPECT_EQ(trClasses.AddClass("shader", "pooltest_fancy_shader", CreatePlain, DestroyPlain, ""), before + 1);
     EXPECT_EQ(trClasses.AddClass("shader/", "pooltest_other", CreatePlain, DestroyPlain, "Other one"), before + 2);
-
-    long id = IdOf("pooltest_fancy_shader");
-    EXPECT_STREQ(trClasses.ClassType(id).chars, "shader/");
-    EXPECT_STREQ(trClasses.ClassName(id).chars, "pooltest_fancy_shader");
-    // No display name given: the class name, humanized.
-    EXPECT_STREQ(trClasses.ClassDisplayName(id).chars, "Pooltest fancy shader");
-    EXPECT_STREQ(trClasses.ClassDisplayNameSimplified(id).chars, "Pooltest fancy");
-
-    id = IdOf("pooltest_other");
-    EXPECT_STREQ(trClasses.ClassType(id).chars, "shader/"); // no second separator
-    EXPECT_STREQ(trClasses.ClassDisplayName(id).chars, "Other one");
-
+    // No display name given: the class name, humanized; no second separator on the type.
+    EXPECT_EQ(ClassTexts(IdOf("pooltest_fancy_shader")),
+              "pooltest_fancy_shader|shader/|Pooltest fancy shader|Pooltest fancy");
+    EXPECT_EQ(ClassTexts(IdOf("pooltest_other")), "pooltest_other|shader/|Other one|Other one");
     // Outside the registered ids every text is empty.
     EXPECT_TRUE(trClasses.ClassName(-1) == "" && trClasses.ClassType(trClasses.NumClasses()) == "");
     EXPECT_EQ(trClasses.InstanceCount(trClassPool::kMaxClasses), 0);
@@ -109,22 +92,18 @@ TEST(trClassPool, NamesOf255CharactersRegisterAnd256Fail)
     std::string const tooLong(256, 'b');
     char const *message =
         "AddClass: No more than 255 characters allowed for class_type, class_name and class_display_name";
-
     long const before = trClasses.NumClasses();
     EXPECT_EQ(trClasses.AddClass("test", longest, CreatePlain, DestroyPlain, ""), before + 1);
     EXPECT_STREQ(trClasses.ClassName(before).chars, longest.c_str());
-
     for (int which = 0; which < 3; ++which) {
         HostCapture capture;
-        testing::internal::CaptureStderr();
-        trString const type = which == 0 ? trString(tooLong) : trString("test");
-        trString const name = which == 1 ? trString(tooLong) : trString("pooltest_too_long");
-        trString const display = which == 2 ? trString(tooLong) : trString();
-        EXPECT_EQ(trClasses.AddClass(type, name, CreatePlain, DestroyPlain, display), 0);
-        std::string const err = testing::internal::GetCapturedStderr();
-        EXPECT_EQ(err, std::string("ERROR: ") + message + "\n");
-        ASSERT_EQ(capture.errors.size(), 1u);
-        EXPECT_EQ(capture.errors[0], message);
+        Console console;
+        EXPECT_EQ(trClasses.AddClass(which == 0 ? trString(tooLong) : trString("test"),
+                                     which == 1 ? trString(tooLong) : trString("pooltest_too_long"), CreatePlain,
+                                     DestroyPlain, which == 2 ? trString(tooLong) : trString()),
+                  0);
+        EXPECT_EQ(console.Done(), std::string("ERROR: ") + message + "\n");
+        EXPECT_EQ(capture.errors, std::vector<std::string>{message});
         EXPECT_EQ(trClasses.NumClasses(), before + 1);
     }
     long id = 0;
@@ -134,11 +113,8 @@ TEST(trClassPool, NamesOf255CharactersRegisterAnd256Fail)
 
 TEST(trClassPool, SimplifiedDisplayNamesDropWhatTheCategorySays)
 {
-    struct Case {
-        char const *type;
-        char const *name;
-        char const *display;
-        char const *simplified;
+    struct {
+        char const *type, *name, *display, *simplified;
     } const cases[] = {
         {"shader", "pooltest_s1", "Lambert shader", "Lambert"},
         {"shader/surface", "pooltest_s2", "Velvet SHADER", "Velvet"}, // suffix without regard to case
@@ -149,11 +125,9 @@ TEST(trClassPool, SimplifiedDisplayNamesDropWhatTheCategorySays)
         {"heightfield", "pooltest_h3", "Heightfields", "Heightfields"},
         {"shader", "pooltest_h4", "Heightfield generator_x", "Heightfield generator_x"},
     };
-    for (Case const &c : cases) {
+    for (auto const &c : cases) {
         ASSERT_NE(trClasses.AddClass(c.type, c.name, CreatePlain, DestroyPlain, c.display), 0) << c.name;
-        long const id = IdOf(c.name);
-        EXPECT_STREQ(trClasses.ClassDisplayName(id).chars, c.display);
-        EXPECT_STREQ(trClasses.ClassDisplayNameSimplified(id).chars, c.simplified) << c.name;
+        EXPECT_EQ(ClassTexts(IdOf(c.name)), std::string(c.name) + "|" + c.type + "/|" + c.display + "|" + c.simplified);
     }
 }
 
@@ -166,12 +140,11 @@ TEST(trClassPool, RefusesNamesItCouldNeverFindAgain)
     EXPECT_EQ(trClasses.FindClassIdFromClassName(id, "gui_group"), 0);
     for (char const *name : {"name", "gui_group", ""}) {
         HostCapture capture;
-        testing::internal::CaptureStderr();
+        Console console;
         EXPECT_EQ(trClasses.AddClass("test", name, CreatePlain, DestroyPlain, ""), 0);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: AddClass: cannot add to classpool!\n");
+        EXPECT_EQ(console.Done(), "ERROR: AddClass: cannot add to classpool!\n");
     }
     EXPECT_EQ(trClasses.NumClasses(), before);
-
     // A later duplicate is accepted but unreachable: the first registration wins.
     ASSERT_NE(trClasses.AddClass("test", "pooltest_twice", CreatePlain, DestroyPlain, "First"), 0);
     ASSERT_NE(trClasses.AddClass("test", "pooltest_twice", CreatePlain, DestroyPlain, "Second"), 0);
@@ -181,15 +154,21 @@ TEST(trClassPool, RefusesNamesItCouldNeverFindAgain)
 TEST(trClassPool, UnknownClassGivesNullAndAWarning)
 {
     HostCapture capture;
-    testing::internal::CaptureStdout();
+    Console console;
     EXPECT_EQ(trCreateObject("pooltest_no_such_class", nullptr, 1), nullptr);
     EXPECT_EQ(trCreateObjectLean("Pooltest_recorder", nullptr, 1), nullptr); // names are case-sensitive
-    std::string const out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("Warning: CreateObject: Unrecognised class: pooltest_no_such_class\n"), std::string::npos);
-    EXPECT_NE(out.find("Warning: CreateObject: Unrecognised class: Pooltest_recorder\n"), std::string::npos);
+    console.Done();
+    EXPECT_TRUE(Has(console.out, "Warning: CreateObject: Unrecognised class: pooltest_no_such_class\n"));
+    EXPECT_TRUE(Has(console.out, "Warning: CreateObject: Unrecognised class: Pooltest_recorder\n"));
     ASSERT_EQ(capture.warnings.size(), 2u);
     EXPECT_EQ(capture.warnings[0], "CreateObject: Unrecognised class: pooltest_no_such_class");
     EXPECT_TRUE(capture.errors.empty());
+    // A create function returning null gives null, and no instance is counted.
+    RegisterPoolTestClasses();
+    long const id = IdOf("pooltest_null");
+    long const before = trClasses.InstanceCount(id);
+    EXPECT_EQ(trCreateObject("pooltest_null", nullptr, 1), nullptr);
+    EXPECT_EQ(trClasses.InstanceCount(id), before);
 }
 
 TEST(trClassPool, CreateObjectRunsTheStepsInOrder)
@@ -197,7 +176,6 @@ TEST(trClassPool, CreateObjectRunsTheStepsInOrder)
     RegisterPoolTestClasses();
     long const id = IdOf("pooltest_recorder");
     long const countBefore = trClasses.InstanceCount(id);
-
     lifeLog.clear();
     trBase *node = trCreateObject("pooltest_recorder", nullptr, 1);
     ASSERT_NE(node, nullptr);
@@ -207,7 +185,6 @@ TEST(trClassPool, CreateObjectRunsTheStepsInOrder)
     EXPECT_TRUE(node->RegisteredClassId() == id && node->IsRegistered());
     EXPECT_STREQ(node->RegisteredClassName().chars, "pooltest_recorder");
     EXPECT_EQ(static_cast<PoolRecorder *>(node)->level, 7);
-
     // The lean form leaves out OnFirstCreate: values come from a file instead.
     lifeLog.clear();
     trBase *lean = trCreateObjectLean("pooltest_recorder", nullptr, 1);
@@ -215,14 +192,11 @@ TEST(trClassPool, CreateObjectRunsTheStepsInOrder)
     EXPECT_EQ(lifeLog.back(), "create name=Pooltest recorder 01"); // a root has no siblings
     EXPECT_EQ(static_cast<PoolRecorder *>(lean)->level, 3);
     EXPECT_EQ(trClasses.InstanceCount(id), countBefore + 2);
-
     // Destruction: PreDestroy, then the class's own destroy function.
     lifeLog.clear();
-    int const destroyedBefore = recorderDestroyed;
     EXPECT_EQ(trDestroyObject(node), 1);
     EXPECT_EQ(trDestroyObject(lean), 1);
     EXPECT_EQ(lifeLog, (std::vector<std::string>{"predestroy", "destroy", "predestroy", "destroy"}));
-    EXPECT_EQ(recorderDestroyed, destroyedBefore + 2);
     // Counts are of objects created, never decremented.
     EXPECT_EQ(trClasses.InstanceCount(id), countBefore + 2);
 }
@@ -233,64 +207,41 @@ TEST(trClassPool, TwoChildrenOfOneClassCarry01And02)
     trBase *parent = trCreateObject("pooltest_node", nullptr, 1);
     ASSERT_NE(parent, nullptr);
     EXPECT_STREQ(parent->Name().chars, "Pooltest node 01");
-
     // A root's own name is not in its children's scope: they number from 01 again.
     trBase *first = parent->CreateChild("pooltest_node");
     trBase *second = trCreateObject("pooltest_node", parent, 1);
-    ASSERT_NE(first, nullptr);
-    ASSERT_NE(second, nullptr);
-    EXPECT_STREQ(first->Name().chars, "Pooltest node 01");
-    EXPECT_STREQ(second->Name().chars, "Pooltest node 02");
+    ASSERT_TRUE(first && second);
     EXPECT_EQ(parent->NumChildren(), 2);
-
     // One level down the parent is in scope, and so are its siblings.
     trBase *grandchild = first->CreateChild("pooltest_node");
     ASSERT_NE(grandchild, nullptr);
-    EXPECT_STREQ(grandchild->Name().chars, "Pooltest node 03");
-
+    EXPECT_EQ(Str(first->Name()) + ", " + Str(second->Name()) + ", " + Str(grandchild->Name()),
+              "Pooltest node 01, Pooltest node 02, Pooltest node 03");
     // Attached without entering the child list: it has a parent but is no child.
     trBase *detached = trCreateObject("pooltest_node", parent, 0);
     ASSERT_NE(detached, nullptr);
     EXPECT_EQ(detached->Parent(), parent);
     EXPECT_EQ(parent->NumChildren(), 2);
     EXPECT_EQ(trDestroyObject(detached), 1);
-
     EXPECT_EQ(trDestroyObject(parent), 1);
 }
 
 TEST(trClassPool, DestroyObjectRefusesWhatThePoolDidNotMake)
 {
+    HostCapture capture;
     {
-        // Null: quietly nothing.
-        HostCapture capture;
-        testing::internal::CaptureStdout();
-        testing::internal::CaptureStderr();
+        Console console; // null: quietly nothing
         EXPECT_EQ(trDestroyObject(nullptr), 0);
-        EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-        EXPECT_TRUE(capture.errors.empty());
-        EXPECT_TRUE(capture.warnings.empty());
+        EXPECT_EQ(console.Done(), "");
+        EXPECT_TRUE(capture.errors.empty() && capture.warnings.empty());
     }
-    {
-        PoolPlain unregistered;
-        EXPECT_FALSE(unregistered.IsRegistered());
-        HostCapture capture;
-        testing::internal::CaptureStderr();
-        EXPECT_EQ(trDestroyObject(&unregistered), 0);
-        char const *message = "DestroyObject: Object has no registered class id! Not created through trCreateObject?";
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string("ERROR: ") + message + "\n");
-        ASSERT_EQ(capture.errors.size(), 1u);
-        EXPECT_EQ(capture.errors[0], message);
-    }
-}
-
-TEST(trClassPool, ACreateFunctionReturningNullGivesNull)
-{
-    RegisterPoolTestClasses();
-    long const id = IdOf("pooltest_null");
-    long const before = trClasses.InstanceCount(id);
-    EXPECT_EQ(trCreateObject("pooltest_null", nullptr, 1), nullptr);
-    EXPECT_EQ(trClasses.InstanceCount(id), before);
+    trBase unregistered;
+    EXPECT_FALSE(unregistered.IsRegistered());
+    Console console;
+    EXPECT_EQ(trDestroyObject(&unregistered), 0);
+    char const *message = "DestroyObject: Object has no registered class id! Not created through trCreateObject?";
+    EXPECT_EQ(console.Done(), std::string("ERROR: ") + message + "\n");
+    EXPECT_EQ(capture.errors, std::vector<std::string>{message});
 }
 
 #ifdef OSTREL_REFERENCE_PLUGIN_DIR
@@ -303,14 +254,13 @@ TEST(trClassPool, LoadClassFindsPlainAndCompilerNamedFunctions)
     // Exported under the names the compiler gives the C++ signatures.
     EXPECT_EQ(trClasses.LoadClass("heightfield", "pooltest_loaded_terrain", "reference_terrain", module),
               before + 2);
-    EXPECT_STREQ(trClasses.ClassDisplayName(before).chars, "Pooltest loaded group");
-    EXPECT_STREQ(trClasses.ClassType(before + 1).chars, "heightfield/");
-
+    EXPECT_EQ(ClassTexts(before), "pooltest_loaded_group|group/|Pooltest loaded group|Pooltest loaded group");
+    EXPECT_EQ(ClassTexts(before + 1),
+              "pooltest_loaded_terrain|heightfield/|Pooltest loaded terrain|Pooltest loaded terrain");
     trBase *terrain = trCreateObject("pooltest_loaded_terrain", nullptr, 1);
     ASSERT_NE(terrain, nullptr);
     double amplitude = 0.0;
-    EXPECT_EQ(terrain->GetParam("amplitude", amplitude), 1);
-    EXPECT_EQ(amplitude, 100.0);
+    EXPECT_TRUE(terrain->GetParam("amplitude", amplitude) && amplitude == 100.0);
     EXPECT_STREQ(terrain->Name().chars, "Pooltest loaded terrain 01");
     EXPECT_EQ(trDestroyObject(terrain), 1);
 }
@@ -319,27 +269,16 @@ TEST(trClassPool, LoadClassReportsWhatIsMissing)
 {
     long const before = trClasses.NumClasses();
     trString const module = OSTREL_REFERENCE_PLUGIN_DIR "reference.svp";
-    {
-        HostCapture capture;
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(trClasses.LoadClass("group", "pooltest_missing", "no_such_base", module), 0);
-        testing::internal::GetCapturedStdout();
-        ASSERT_EQ(capture.errors.size(), 2u);
-        // The plain name is the one tried last.
-        EXPECT_EQ(capture.errors[0],
-                  std::string("trLoadClass: ") + module.chars + "\nCannot locate function: no_such_base_create");
-        EXPECT_EQ(capture.errors[1],
-                  std::string("trLoadClass: ") + module.chars + "\nCannot locate function: no_such_base_destroy");
-    }
-    {
-        HostCapture capture;
-        testing::internal::CaptureStdout();
-        EXPECT_EQ(trClasses.LoadClass("group", "pooltest_missing", "x", "/no/such/module.svp"), 0);
-        std::string const out = testing::internal::GetCapturedStdout();
-        EXPECT_FALSE(out.empty()); // the system's reason
-        ASSERT_EQ(capture.errors.size(), 1u);
-        EXPECT_EQ(capture.errors[0], "trLoadClass: Cannot load library: /no/such/module.svp");
-    }
+    HostCapture capture;
+    Console console;
+    EXPECT_EQ(trClasses.LoadClass("group", "pooltest_missing", "no_such_base", module), 0);
+    EXPECT_EQ(trClasses.LoadClass("group", "pooltest_missing", "x", "/no/such/module.svp"), 0);
+    console.Done();
+    EXPECT_TRUE(Has(console.out, "/no/such/module.svp")) << console.all; // the system's reason
+    // The plain name is the one tried last.
+    std::string const head = std::string("trLoadClass: ") + module.chars + "\nCannot locate function: no_such_base_";
+    EXPECT_EQ(capture.errors, (std::vector<std::string>{head + "create", head + "destroy",
+                                                        "trLoadClass: Cannot load library: /no/such/module.svp"}));
     EXPECT_EQ(trClasses.NumClasses(), before);
 }
 #endif

@@ -1,12 +1,8 @@
+// Interface actions: radio groups, enabling by a boolean, action sets and presets.
+
+#include "test_trBaseSupport.h"
+
 #include "nodes/trGuiAction.h"
-
-#include "nodes/KMMessenger.h"
-#include "nodes/trBase.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -16,17 +12,6 @@ long ActionIndexOf(trBase const &node, char const *name)
     EXPECT_TRUE(node.FindParam(index, name)) << name;
     return index;
 }
-
-class ActionTestListener : public Kellmere::KMMessenger {
-public:
-    void ReceiveAMessage(Kellmere::KMMessenger *, Kellmere::KMMessage &message) override
-    {
-        codes.push_back(message.Code());
-        indices.push_back(message.Data() ? *static_cast<long const *>(message.Data()) : -1);
-    }
-    std::vector<unsigned long> codes;
-    std::vector<long> indices;
-};
 
 // Three booleans for a radio group, a switch with two dependants, and a number.
 class ActionTestNode : public trBase {
@@ -49,7 +34,6 @@ public:
         changes.push_back({index, who});
         trBase::OnParamChanged(index, who);
     }
-
     unsigned char low = 0, medium = 0, high = 0, useFog = 0;
     double fogDensity = 0, fogColourAmount = 0;
     long count = 0;
@@ -63,7 +47,6 @@ TEST(trGuiActionTest, RadioGroupSetToOneClearsTheOthers)
     ActionTestNode node;
     ASSERT_EQ(node.low, 1);
     node.changes.clear();
-
     EXPECT_EQ(node.SetParam("quality_high", static_cast<unsigned char>(1), trWhoUser), 1);
     EXPECT_TRUE(node.low == 0 && node.medium == 0 && node.high == 1);
     // The user's write, then the two clears, each forced and by the system.
@@ -71,12 +54,10 @@ TEST(trGuiActionTest, RadioGroupSetToOneClearsTheOthers)
                                                              {ActionIndexOf(node, "quality_low"), trWhoSystem},
                                                              {ActionIndexOf(node, "quality_medium"), trWhoSystem}};
     EXPECT_EQ(node.changes, expected);
-
     // Setting to 0 changes nothing else: the group may end with no member set.
     node.changes.clear();
     EXPECT_EQ(node.SetParam("quality_high", static_cast<unsigned char>(0), trWhoUser), 1);
     EXPECT_TRUE(node.high == 0 && node.changes.size() == 1u);
-
     // A forced 1 on the member already set still clears the rest (all 0 already).
     node.SetParam("quality_medium", static_cast<unsigned char>(1), trWhoUser);
     node.changes.clear();
@@ -89,33 +70,28 @@ TEST(trGuiActionTest, EnableActionFollowsTheBoolean)
     ActionTestNode node;
     long const density = ActionIndexOf(node, "fog_density");
     long const amount = ActionIndexOf(node, "fog_amount");
-    ActionTestListener listener;
+    Listener listener;
     listener.ListenTo(&node);
-
     EXPECT_EQ(node.SetParam("use_fog", static_cast<unsigned char>(0), trWhoUser), 1);
     EXPECT_FALSE(node.IsParamGuiEnabled(density));
     EXPECT_FALSE(node.IsParamGuiEnabled(amount));
     EXPECT_TRUE(node.IsParamGuiEnabled(ActionIndexOf(node, "use_fog")));
-    EXPECT_EQ(listener.codes, (std::vector<unsigned long>{25006, 25006}));
-    EXPECT_EQ(listener.indices, (std::vector<long>{density, amount}));
-
-    listener.codes.clear();
-    listener.indices.clear();
+    EXPECT_EQ(listener.Codes(), (std::vector<unsigned long>{25006, 25006}));
+    EXPECT_TRUE(listener.heard[0].index == density && listener.heard[1].index == amount);
+    listener.heard.clear();
     EXPECT_EQ(node.SetParam("use_fog", static_cast<unsigned char>(1), trWhoUser), 1);
     EXPECT_TRUE(node.IsParamGuiEnabled(density));
-    EXPECT_EQ(listener.codes, (std::vector<unsigned long>{25005, 25005}));
-
+    EXPECT_EQ(listener.Codes(), (std::vector<unsigned long>{25005, 25005}));
     // Only 1 counts as enabled: a stored 2 disables.
-    listener.codes.clear();
+    listener.heard.clear();
     node.SetParam("use_fog", static_cast<unsigned char>(2), trWhoUser);
     EXPECT_FALSE(node.IsParamGuiEnabled(density));
-    ASSERT_FALSE(listener.codes.empty());
-    EXPECT_EQ(listener.codes[0], 25006u);
-
+    ASSERT_FALSE(listener.heard.empty());
+    EXPECT_EQ(listener.heard[0].code, 25006u);
     // A change of a parameter that is no trigger runs nothing.
-    listener.codes.clear();
+    listener.heard.clear();
     node.SetParam("count", 4L, trWhoUser);
-    EXPECT_TRUE(listener.codes.empty());
+    EXPECT_TRUE(listener.heard.empty());
     listener.StopListeningTo(&node);
 }
 
@@ -125,39 +101,32 @@ TEST(trGuiActionTest, ActionSetRunsOnlyMatchingTriggers)
     long const density = ActionIndexOf(node, "fog_density");
     trGuiActionSet set;
     set.Add({"quality_low", "use_fog"}, {"fog_density"}, trGuiActionPreset());
-
     node.low = 0; // written behind the node's back, so only the set reacts
     set.OnParamChanged(&node, "quality_medium");
     EXPECT_TRUE(node.IsParamGuiEnabled(density));
     set.OnParamChanged(&node, "quality_low"); // any trigger of the list runs it
     EXPECT_FALSE(node.IsParamGuiEnabled(density));
-
     // A trigger that isn't a boolean: the read fails with a warning, targets stay.
     node.SetParamGuiEnabled(density, true);
     set.Add({"count"}, {"fog_density"}, trGuiActionPreset::BoolEnableDisable);
-    testing::internal::CaptureStdout();
+    Console console;
     set.OnParamChanged(&node, "count");
-    std::string const out = testing::internal::GetCapturedStdout();
-    EXPECT_NE(out.find("GetParam: Wrong type for parameter: \"count\""), std::string::npos) << out;
     EXPECT_TRUE(node.IsParamGuiEnabled(density));
-
     // An unknown kind is refused with a message.
-    testing::internal::CaptureStderr();
     set.Add({"count"}, {"fog_density"}, trGuiActionPreset(static_cast<trGuiActionPreset::Kind>(77)));
-    std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("trGuiActionSet::Add: Unknown action preset: 77"), std::string::npos) << err;
     EXPECT_EQ(set.NumActions(), 2);
+    console.Done();
+    EXPECT_TRUE(Has(console.out, "GetParam: Wrong type for parameter: \"count\"")) << console.all;
+    EXPECT_TRUE(Has(console.err, "trGuiActionSet::Add: Unknown action preset: 77")) << console.all;
 }
 
 TEST(trGuiActionTest, PresetsMakeTheirClasses)
 {
+    // A radio group run directly, with a group naming a non-member as well as members.
     auto radio = trGuiActionPreset(trGuiActionPreset::RadioGroup).MakeAction();
-
-    // Run directly, with a group naming a non-member as well as members.
     ActionTestNode node;
     std::vector<trString> group{"quality_low", "quality_medium"};
-    node.medium = 1;
-    node.high = 1;
+    node.medium = node.high = 1;
     radio->Action(&node, "quality_high", group);
     EXPECT_TRUE(node.low == 0 && node.medium == 0 && node.high == 1); // high is not in the list it was given
 }

@@ -1,15 +1,9 @@
 // Name sequence detection: the segments of a name, the comparisons, and whole folders
 // where one name must find exactly its own frames.
 
+#include "test_trBaseSupport.h"
+
 #include "nodes/trNameSequence.h"
-
-#include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <unistd.h>
-#include <vector>
 
 namespace {
 
@@ -33,26 +27,18 @@ std::vector<std::string> const kFolder = {"file001.txt",        "file002.txt",  
                                           "files001.txt",       "files002.txt",       "file003_id.001.txt",
                                           "file003_id.002.txt", "file003_id.005"};
 
-TEST(trNameSequence, PatternsCutAtEveryDigitBoundary)
+TEST(trNameSequence, PatternsCutAtEveryDigitBoundaryAndCompare)
 {
     Detector::Pattern const p = Detector::GeneratePattern("file003_id.001.txt");
-    ASSERT_EQ(p.size(), 5u);
-    std::vector<std::string> const texts = {"file", "003", "_id.", "001", ".txt"};
-    std::vector<long> const kinds = {1, 2, 1, 2, 1};
-    for (std::size_t i = 0; i < p.size(); ++i) {
-        EXPECT_EQ(std::string(std::get<1>(p[i]).chars), texts[i]);
-        EXPECT_EQ(std::get<0>(p[i]), kinds[i]);
-    }
+    std::string segments;
+    for (auto const &segment : p)
+        segments += std::to_string(std::get<0>(segment)) + ":" + Str(std::get<1>(segment)) + " ";
+    EXPECT_EQ(segments, "1:file 2:003 1:_id. 2:001 1:.txt ");
     EXPECT_TRUE(Detector::GeneratePattern("").empty());
-}
-
-TEST(trNameSequence, ComparisonsOfPatterns)
-{
     auto P = Detector::GeneratePattern;
     EXPECT_TRUE(Detector::ComparePatternsGeneral(P("a1b"), P("a22b")));
     EXPECT_FALSE(Detector::ComparePatternsGeneral(P("a1b"), P("c1b")));
     EXPECT_FALSE(Detector::ComparePatternsGeneral(P("a1b"), P("a1b2")));
-
     long index = -1;
     EXPECT_TRUE(Detector::FindVaryingDigitsSegment(P("a1b7"), P("a2b007"), index));
     EXPECT_EQ(index, 1);
@@ -62,16 +48,12 @@ TEST(trNameSequence, ComparisonsOfPatterns)
     EXPECT_FALSE(Detector::FindVaryingDigitsSegment(P("a1"), P("a001"), index));
     // Digit runs too long for any integer still compare by value.
     EXPECT_TRUE(Detector::FindVaryingDigitsSegment(P("x123456789012345678901"), P("x123456789012345678902"), index));
-
     trString prefix, suffix;
     Detector::GeneratePrefixSuffixStrings(P("file003_id.001.txt"), 3, prefix, suffix);
-    EXPECT_EQ(std::string(prefix.chars), "file003_id.");
-    EXPECT_EQ(std::string(suffix.chars), ".txt");
-
+    EXPECT_EQ(Str(prefix) + "|" + Str(suffix), "file003_id.|.txt");
     EXPECT_EQ(Names(Detector::CollectFinalCandidates(Strings({"ab.x", "b.x", "ab.y", "AB.x"}), "a", ".x")),
               std::vector<std::string>{"ab.x"});
     EXPECT_EQ(Detector::CollectFinalCandidates(Strings({"a1", "b1"}), "", "1").size(), 2u);
-
     Detector::Pattern result;
     EXPECT_TRUE(Detector::Match("f12_3", P("f7_3"), 1, result));
     EXPECT_EQ(result.size(), 4u); // "f", "12", "_", "3"
@@ -79,38 +61,38 @@ TEST(trNameSequence, ComparisonsOfPatterns)
     EXPECT_FALSE(Detector::Match("fx_3", P("f7_3"), 1, result));
 }
 
-TEST(trNameSequence, PlainNamesFindTheirFrames)
+TEST(trNameSequence, PlainNamesFindTheirFramesAndSubSequencesStayApart)
 {
     Detector d;
     EXPECT_EQ(Names(d.CollectSequence("file003.txt", Strings(kFolder))),
               (std::vector<std::string>{"file001.txt", "file002.txt", "file003.txt", "file004.txt", "file005.txt"}));
     auto const indexed = d.GetIndexedSequence();
     ASSERT_EQ(indexed.size(), 5u);
-    EXPECT_EQ(std::string(indexed.at(4).chars), "file004.txt");
-}
-
-TEST(trNameSequence, SubSequencesStayApart)
-{
-    Detector d;
-    EXPECT_EQ(Names(d.CollectSequence("file003_id.001.txt", Strings(kFolder))),
+    EXPECT_EQ(Str(indexed.at(4)), "file004.txt");
+    Detector e;
+    EXPECT_EQ(Names(e.CollectSequence("file003_id.001.txt", Strings(kFolder))),
               (std::vector<std::string>{"file003_id.001.txt", "file003_id.002.txt"}));
 }
 
-TEST(trNameSequence, EmptyPrefixAndNamesNotInTheFolder)
+TEST(trNameSequence, EmptyPrefixNamesNotInTheFolderAndTwoSpellings)
 {
     std::vector<std::string> bottles;
     for (int i = 1; i <= 6; ++i)
         bottles.push_back("00" + std::to_string(i) + " green bottles.img");
     Detector d;
     EXPECT_EQ(Names(d.CollectSequence("006 green bottles.img", Strings(bottles))), bottles);
-
     // The name isn't in the list: it finds its neighbours and is left out itself.
     Detector e;
     EXPECT_EQ(Names(e.CollectSequence("bigjobs 100", Strings({"bigjobs 10020", "bigjobs 10000", "bigjobs 10010"}))),
               (std::vector<std::string>{"bigjobs 10000", "bigjobs 10010", "bigjobs 10020"}));
     auto const indexed = e.GetIndexedSequence();
-    EXPECT_EQ(indexed.begin()->first, 10000);
-    EXPECT_EQ(indexed.rbegin()->first, 10020);
+    EXPECT_TRUE(indexed.begin()->first == 10000 && indexed.rbegin()->first == 10020);
+    // Two spellings of one number keep the first: "f007" sorts before "f7" in the natural
+    // order, so it is the one kept for 7.
+    Detector f;
+    EXPECT_EQ(f.CollectSequence("f7.x", Strings({"f6.x", "f7.x", "f007.x", "f8.x"})).size(), 3u);
+    ASSERT_EQ(f.GetIndexedSequence().size(), 3u);
+    EXPECT_EQ(Str(f.GetIndexedSequence().at(7)), "f007.x");
 }
 
 TEST(trNameSequence, NoSequenceGivesNothing)
@@ -124,29 +106,16 @@ TEST(trNameSequence, NoSequenceGivesNothing)
     EXPECT_TRUE(d.GetIndexedSequence().empty());
 }
 
-TEST(trNameSequence, TwoSpellingsOfOneNumberKeepTheFirst)
-{
-    Detector d;
-    std::vector<std::string> const names = Names(d.CollectSequence("f7.x", Strings({"f6.x", "f7.x", "f007.x", "f8.x"})));
-    auto const indexed = d.GetIndexedSequence();
-    ASSERT_EQ(indexed.size(), 3u);
-    // "f007" sorts before "f7" in the natural order, so it is the one kept for 7.
-    EXPECT_EQ(std::string(indexed.at(7).chars), "f007.x");
-    EXPECT_EQ(names.size(), 3u);
-}
-
 TEST(trNameSequence, FoldersAreListedFromTheDisk)
 {
-    std::filesystem::path const folder =
-        std::filesystem::temp_directory_path() / ("ostrel-sequence-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(folder / "frame0004.exr"); // a folder isn't a frame
+    Scratch folder;
+    std::filesystem::create_directories(folder.path / "frame0004.exr"); // a folder isn't a frame
     for (char const *name : {"frame0001.exr", "frame0002.exr", "frame0003.exr", "other.exr"})
-        std::ofstream(folder / name) << "x";
+        folder.Write(name, "x");
     Detector d;
-    EXPECT_EQ(Names(d.CollectSequenceInFolder((folder / "frame0002.exr").string().c_str())),
+    EXPECT_EQ(Names(d.CollectSequenceInFolder(folder.File("frame0002.exr").c_str())),
               (std::vector<std::string>{"frame0001.exr", "frame0002.exr", "frame0003.exr"}));
-    EXPECT_TRUE(d.CollectSequenceInFolder((folder / "missing" / "a1.exr").string().c_str()).empty());
-    std::filesystem::remove_all(folder);
+    EXPECT_TRUE(d.CollectSequenceInFolder((folder.path / "missing" / "a1.exr").string().c_str()).empty());
 }
 
 } // namespace

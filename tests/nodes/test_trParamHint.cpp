@@ -1,13 +1,10 @@
-#include "nodes/trParamHint.h"
+// Parameter hints and push buttons: their settings as parameters, menus, string styles,
+// file filters, and buttons declared on a node.
 
-#include "nodes/KMMessenger.h"
-#include "nodes/trBase.h"
+#include "test_trBaseSupport.h"
+
 #include "nodes/trGuiPushButton.h"
-
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
+#include "nodes/trParamHint.h"
 
 namespace {
 
@@ -20,18 +17,6 @@ long IndexOf(trBase const &node, char const *name)
     EXPECT_TRUE(node.FindParam(index, name)) << name;
     return index;
 }
-
-// Records the messages a node sends.
-class HintTestListener : public Kellmere::KMMessenger {
-public:
-    void ReceiveAMessage(Kellmere::KMMessenger *, Kellmere::KMMessage &message) override
-    {
-        codes.push_back(message.Code());
-        indices.push_back(message.Data() ? *static_cast<long const *>(message.Data()) : -1);
-    }
-    std::vector<unsigned long> codes;
-    std::vector<long> indices;
-};
 
 // A string for each style, a seed and a button.
 class HintTestNode : public trBase {
@@ -50,22 +35,17 @@ public:
     }
     void OnParamChanged(long index, trBase *who) override
     {
-        changedIndices.push_back(index);
-        changedWho.push_back(who);
+        changed.emplace_back(index, who);
         trBase::OnParamChanged(index, who);
     }
-
     trStringHint plainHint, readOnlyHint, multiLineHint, transientHint;
     trString plain, readOnly, multiLine, transient;
     long seed = 0;
     trRandomSeedGuiPushButton seedButton;
-    std::vector<long> changedIndices;
-    std::vector<trBase *> changedWho;
+    std::vector<std::pair<long, trBase *>> changed;
 };
 
-} // namespace
-
-TEST(trParamHintTest, IntHintSettingsAreParametersReadableByName)
+TEST(trParamHintTest, SettingsAreParametersReadableByName)
 {
     trIntHint hint;
     unsigned char b = 9;
@@ -74,17 +54,34 @@ TEST(trParamHintTest, IntHintSettingsAreParametersReadableByName)
     EXPECT_EQ(hint.SetParam("max_value", 250L, trWhoSystem), 1);
     EXPECT_EQ(hint.MaxValue(), 250);
     hint.SetRange(-3, 4);
-    EXPECT_EQ(hint.GetParam("min_value", v), 1);
-    EXPECT_EQ(v, -3);
-    EXPECT_EQ(hint.GetParam("do_range", b), 1);
-    EXPECT_EQ(b, 1);
-
-    // Integer settings take the default hint, booleans none.
+    EXPECT_TRUE(hint.GetParam("min_value", v) && v == -3);
+    EXPECT_TRUE(hint.GetParam("do_range", b) && b == 1);
+    // Integer settings take the default hint, booleans none; the default hint built at
+    // load points at itself.
     EXPECT_EQ(hint.ParamHint(kFirstOwnParam + 2), static_cast<void *>(&trDefaultIntHint));
     EXPECT_EQ(hint.ParamHint(kFirstOwnParam), nullptr);
-    // The default hint built at load points at itself.
     EXPECT_EQ(trDefaultIntHint.ParamHint(kFirstOwnParam + 3), static_cast<void *>(&trDefaultIntHint));
     EXPECT_EQ(trDefaultIntHint.MaxValue(), 10);
+    trDoubleHint real;
+    double d = -1;
+    EXPECT_EQ(real.ParamHint(kFirstOwnParam + 1), static_cast<void *>(&trDefaultDoubleHint));
+    EXPECT_EQ(trDefaultDoubleHint.ParamHint(kFirstOwnParam), static_cast<void *>(&trDefaultDoubleHint));
+    real.SetRange(-2.5, 40);
+    real.SetFocus(1, 3);
+    real.SetExtended(false, true);
+    EXPECT_TRUE(real.GetParam("max_value", d) && d == 40.0);
+    EXPECT_TRUE(real.GetParam("focus_power", d) && d == 3.0);
+    EXPECT_TRUE(real.GetParam("do_extended_upper", b) && b == 1);
+    EXPECT_EQ(real.SetParam("min_value", -7.0, trWhoSystem), 1);
+    EXPECT_EQ(real.MinValue(), -7.0);
+    trStringHint s;
+    trFColHint c;
+    s.SetStyleFlags(trStringHint::StyleMultiLine | trStringHint::StyleTransient);
+    EXPECT_TRUE(s.GetParam("string_style_flags", v) && v == 6);
+    EXPECT_EQ(s.SetParam("string_style_flags", 1L, trWhoSystem), 1);
+    EXPECT_EQ(s.GetStyleFlags(), 1);
+    c.SetStyleFlags(trFColHint::StyleAboveOne);
+    EXPECT_TRUE(c.GetParam("fcol_style_flags", v) && v == 1);
 }
 
 TEST(trParamHintTest, MenuOfValuesFiveOneNine)
@@ -99,103 +96,47 @@ TEST(trParamHintTest, MenuOfValuesFiveOneNine)
     EXPECT_EQ(hint.MenuItemIndexFromValue(9), 2);
     EXPECT_EQ(hint.MenuItemIndexFromValue(7), -1);
     EXPECT_EQ(hint.MenuItemTextFromIndex(2), trString("Nine"));
-
     // Reordering the texts keeps each value findable: a saved value survives.
     hint.SetMenuItemTextAndValue(0, "Nine", 9);
     hint.SetMenuItemTextAndValue(2, "Five", 5);
     EXPECT_EQ(hint.MenuItemIndexFromValue(9), 0);
     EXPECT_EQ(hint.MenuItemIndexFromValue(5), 2);
-
     // First match wins when a value repeats.
     hint.AddMenuItem("Also nine", 9);
     EXPECT_EQ(hint.NumMenuItems(), 4);
     EXPECT_EQ(hint.MenuItemIndexFromValue(9), 0);
-
     hint.ClearMenu();
     EXPECT_EQ(hint.NumMenuItems(), 0);
     EXPECT_EQ(hint.MenuItemIndexFromValue(9), -1);
-}
-
-TEST(trParamHintTest, MenuItemTextDefaultsAndGaps)
-{
-    trIntHint hint;
-    hint.SetMenuItemText(0, "Zero");
-    hint.SetMenuItemTextAndValue(1, "Hundred", 100);
-    EXPECT_EQ(hint.ValueFromMenuItemIndex(0), 0);
-    // Renaming an item keeps its value.
-    hint.SetMenuItemText(1, "Century");
-    EXPECT_EQ(hint.ValueFromMenuItemIndex(1), 100);
-    EXPECT_EQ(hint.MenuItemTextFromIndex(1), trString("Century"));
-
-    // A skipped item exists, empty, with its index as value.
-    hint.SetMenuItemTextAndValue(4, "Four hundred", 400);
-    EXPECT_TRUE(hint.NumMenuItems() == 5 && hint.MaxValue() == 400);
-    EXPECT_TRUE(hint.MenuItemTextFromIndex(3) == "" && hint.ValueFromMenuItemIndex(3) == 3);
+    // Renaming an item keeps its value; a skipped item exists, empty, with its index as value.
+    trIntHint gaps;
+    gaps.SetMenuItemText(0, "Zero");
+    gaps.SetMenuItemTextAndValue(1, "Hundred", 100);
+    EXPECT_EQ(gaps.ValueFromMenuItemIndex(0), 0);
+    gaps.SetMenuItemText(1, "Century");
+    EXPECT_EQ(gaps.ValueFromMenuItemIndex(1), 100);
+    EXPECT_EQ(gaps.MenuItemTextFromIndex(1), trString("Century"));
+    gaps.SetMenuItemTextAndValue(4, "Four hundred", 400);
+    EXPECT_TRUE(gaps.NumMenuItems() == 5 && gaps.MaxValue() == 400);
+    EXPECT_TRUE(gaps.MenuItemTextFromIndex(3) == "" && gaps.ValueFromMenuItemIndex(3) == 3);
 }
 
 TEST(trParamHintTest, BadMenuIndicesReportAndChangeNothing)
 {
     trIntHint hint;
     hint.SetRange(0, 5);
-    testing::internal::CaptureStderr();
+    Console console;
     EXPECT_EQ(hint.SetMenuItemTextAndValue(-1, "Bad", 50), 0);
-    std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("ERROR: trIntHint: First menu item must have index 0, and the rest must be ordered "
-                       "consecutively."),
-              std::string::npos)
-        << err;
     EXPECT_EQ(hint.NumMenuItems(), 0);
     EXPECT_EQ(hint.MaxValue(), 5); // the value of a refused item isn't taken into the range
     EXPECT_TRUE(hint.DoMenu());    // the switch to a menu comes first
-
-    testing::internal::CaptureStderr();
     EXPECT_EQ(hint.ValueFromMenuItemIndex(0), -1);
     EXPECT_EQ(hint.MenuItemTextFromIndex(-2), trString(""));
-    std::string const err2 = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err2.find("No menu item at index -2"), std::string::npos) << err2;
-}
-
-TEST(trParamHintTest, DoubleHintSettingsAndDefaults)
-{
-    trDoubleHint hint;
-    double v = -1;
-    unsigned char b = 9;
-    // Reals take the default real hint.
-    EXPECT_EQ(hint.ParamHint(kFirstOwnParam + 1), static_cast<void *>(&trDefaultDoubleHint));
-    EXPECT_EQ(trDefaultDoubleHint.ParamHint(kFirstOwnParam), static_cast<void *>(&trDefaultDoubleHint));
-
-    hint.SetRange(-2.5, 40);
-    hint.SetFocus(1, 3);
-    hint.SetExtended(false, true);
-    EXPECT_TRUE(hint.GetParam("max_value", v) && v == 40.0);
-    EXPECT_TRUE(hint.GetParam("focus_power", v) && v == 3.0);
-    EXPECT_TRUE(hint.GetParam("do_extended_upper", b) && b == 1);
-    EXPECT_EQ(hint.SetParam("min_value", -7.0, trWhoSystem), 1);
-    EXPECT_EQ(hint.MinValue(), -7.0);
-}
-
-TEST(trParamHintTest, StyleFlagsOfStringsAndColours)
-{
-    trStringHint s;
-    trFColHint c;
-    long v = -1;
-    s.SetStyleFlags(trStringHint::StyleMultiLine | trStringHint::StyleTransient);
-    EXPECT_TRUE(s.GetParam("string_style_flags", v) && v == 6);
-    EXPECT_EQ(s.SetParam("string_style_flags", 1L, trWhoSystem), 1);
-    EXPECT_EQ(s.GetStyleFlags(), 1);
-
-    c.SetStyleFlags(trFColHint::StyleAboveOne);
-    EXPECT_TRUE(c.GetParam("fcol_style_flags", v) && v == 1);
-}
-
-TEST(trParamHintTest, StringStyleDecidesSavingFromDeclaration)
-{
-    HintTestNode node;
-    EXPECT_TRUE(node.GetParamShouldBeSaved(IndexOf(node, "plain_text")));
-    EXPECT_FALSE(node.GetParamShouldBeSaved(IndexOf(node, "read_only_text")));
-    EXPECT_TRUE(node.GetParamShouldBeSaved(IndexOf(node, "multi_line_text")));
-    EXPECT_FALSE(node.GetParamShouldBeSaved(IndexOf(node, "transient_text")));
-    EXPECT_EQ(node.ParamHint(IndexOf(node, "read_only_text")), static_cast<void *>(&node.readOnlyHint));
+    console.Done();
+    EXPECT_TRUE(Has(console.err, "ERROR: trIntHint: First menu item must have index 0, and the rest must be ordered "
+                                 "consecutively."))
+        << console.err;
+    EXPECT_TRUE(Has(console.err, "No menu item at index -2")) << console.err;
 }
 
 TEST(trParamHintTest, LinkHintFlagsFiltersAndValidation)
@@ -206,7 +147,6 @@ TEST(trParamHintTest, LinkHintFlagsFiltersAndValidation)
     EXPECT_TRUE(hint.GetParam("is_heightfield_file_flag", b) && b == 1);
     EXPECT_EQ(hint.SetParam("is_object_file_flag", static_cast<unsigned char>(1), trWhoSystem), 1);
     EXPECT_TRUE(hint.GetIsObjectFile());
-
     hint.AddFileFilter("TIFF images", " *.tif ; *.tiff;;");
     hint.AddGenericFileFilter();
     hint.AddFileFilter("Anything", std::vector<trString>{"*"});
@@ -218,20 +158,26 @@ TEST(trParamHintTest, LinkHintFlagsFiltersAndValidation)
     EXPECT_EQ(patterns, (std::vector<trString>{"*.tif", "*.tiff"}));
     EXPECT_EQ(hint.GetFileFilterAtIndex(1, description, patterns), 1);
     EXPECT_TRUE(description == "GENERIC" && patterns.empty());
-
-    testing::internal::CaptureStderr();
+    Console console;
     EXPECT_EQ(hint.GetFileFilterAtIndex(3, description, patterns), 0);
-    std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("trLinkHint::GetFileFilterAtIndex"), std::string::npos);
+    EXPECT_TRUE(Has(console.Done(), "trLinkHint::GetFileFilterAtIndex"));
     EXPECT_EQ(description, trString(""));
-
     EXPECT_TRUE(hint.IsFileValid("anything.txt")); // no function: all valid
-    std::function<bool(trString const &)> onlyTer = [](trString const &p) {
-        return p.length >= 4 && std::string(p.chars + p.length - 4) == ".ter";
-    };
-    hint.SetFileValidationFunc(onlyTer);
+    hint.SetFileValidationFunc(
+        [](trString const &p) { return p.length >= 4 && std::string(p.chars + p.length - 4) == ".ter"; });
     EXPECT_TRUE(hint.IsFileValid("hills.ter"));
     EXPECT_FALSE(hint.IsFileValid("hills.tif"));
+}
+
+TEST(trParamHintTest, StringStyleDecidesSavingFromDeclaration)
+{
+    HintTestNode node;
+    EXPECT_EQ((std::vector<bool>{node.GetParamShouldBeSaved(IndexOf(node, "plain_text")),
+                                 node.GetParamShouldBeSaved(IndexOf(node, "read_only_text")),
+                                 node.GetParamShouldBeSaved(IndexOf(node, "multi_line_text")),
+                                 node.GetParamShouldBeSaved(IndexOf(node, "transient_text"))}),
+              (std::vector<bool>{true, false, true, false}));
+    EXPECT_EQ(node.ParamHint(IndexOf(node, "read_only_text")), static_cast<void *>(&node.readOnlyHint));
 }
 
 TEST(trGuiPushButtonTest, DeclaredButtonKnowsOwnerAndSwitchesState)
@@ -241,29 +187,23 @@ TEST(trGuiPushButtonTest, DeclaredButtonKnowsOwnerAndSwitchesState)
     EXPECT_EQ(button.Owner(), &node);
     EXPECT_EQ(button.Label(), trString("Random Seed"));
     EXPECT_EQ(button.TargetParamName(), trString("seed"));
-
     long const index = IndexOf(node, "new_seed");
     EXPECT_EQ(node.ParamType(index), trParamPushButton);
-    HintTestListener listener;
+    Listener listener;
     listener.ListenTo(&node);
     button.Disable();
     EXPECT_FALSE(node.IsParamGuiEnabled(index));
     button.Enable();
     EXPECT_TRUE(node.IsParamGuiEnabled(index));
-    ASSERT_EQ(listener.codes.size(), 2u);
-    EXPECT_EQ(listener.codes[0], 25006u);
-    EXPECT_EQ(listener.codes[1], 25005u);
-    EXPECT_EQ(listener.indices[0], index);
-    EXPECT_EQ(listener.indices[1], index);
+    EXPECT_EQ(listener.Codes(), (std::vector<unsigned long>{25006, 25005}));
+    EXPECT_TRUE(listener.heard[0].index == index && listener.heard[1].index == index);
     listener.StopListeningTo(&node);
-
     // A button never declared has no owner: a message, no crash.
     trGuiPushButton loose("Loose");
-    testing::internal::CaptureStderr();
+    Console console;
     loose.Disable();
     loose.OnClick();
-    std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("has no owner"), std::string::npos);
+    EXPECT_TRUE(Has(console.Done(), "has no owner"));
 }
 
 TEST(trGuiPushButtonTest, RandomSeedButtonSetsAFreshSeed)
@@ -271,14 +211,12 @@ TEST(trGuiPushButtonTest, RandomSeedButtonSetsAFreshSeed)
     HintTestNode node;
     long const seedIndex = IndexOf(node, "seed");
     for (int click = 0; click < 20; ++click) {
-        node.changedIndices.clear();
-        node.changedWho.clear();
+        node.changed.clear();
         node.seedButton.OnClick();
-        EXPECT_GE(node.seed, 0);
-        EXPECT_LE(node.seed, 0xffff);
+        EXPECT_TRUE(node.seed >= 0 && node.seed <= 0xffff) << node.seed;
         // Forced: the handler runs once per click, even if the draw repeats the value.
-        ASSERT_EQ(node.changedIndices.size(), 1u);
-        EXPECT_EQ(node.changedIndices[0], seedIndex);
-        EXPECT_EQ(node.changedWho[0], trWhoUserIndirect);
+        EXPECT_EQ(node.changed, (std::vector<std::pair<long, trBase *>>{{seedIndex, trWhoUserIndirect}}));
     }
 }
+
+} // namespace

@@ -1,19 +1,12 @@
 // The path manager: registered folders, defaults, the marker for "not registered",
 // key order, and the separator the lookup adds.
 
+#include "test_trBaseSupport.h"
+
 #include "foundation/trGlobals.h"
 #include "nodes/trPathManager.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
 namespace {
-
-std::string Str(trString const &s)
-{
-    return s.chars ? s.chars : "";
-}
 
 class PathManager : public ::testing::Test {
 protected:
@@ -30,15 +23,11 @@ protected:
     trPathManager *manager = nullptr;
 };
 
-TEST_F(PathManager, IsOneInstanceWithTheThreeDefaults)
+TEST_F(PathManager, UnregisteredKeysGiveTheMarkerAndFindPathFallsBackToTheDefaults)
 {
     for (trString const *key : {&trRenderOutputPathKey, &trSequenceOutputPathKey, &trTemporaryOutputFilesPathKey})
         EXPECT_EQ(Str(manager->GetDefaultPathForKey(*key)), "C:\\");
     EXPECT_EQ(Str(manager->GetDefaultPathForKey("other")), "");
-}
-
-TEST_F(PathManager, UnregisteredKeysGiveTheMarkerAndFindPathFallsBack)
-{
     EXPECT_EQ(manager->FindPath("renderOutput"), trDefaultFilePath);
     // Unregistered with a default: the default, which already ends in a separator.
     EXPECT_EQ(Str(trPathManagerGetRenderOutputPath()), "C:\\");
@@ -50,10 +39,10 @@ TEST_F(PathManager, UnregisteredKeysGiveTheMarkerAndFindPathFallsBack)
 
 TEST_F(PathManager, RegisteredPathsWinAndGainOneSeparator)
 {
-    manager->RegisterPath(trSequenceOutputPathKey, "/work/sequences");
-    EXPECT_EQ(Str(trPathManagerGetSequenceOutputPath()), "/work/sequences\\");
-    manager->RegisterPath(trSequenceOutputPathKey, "/work/other/");
-    EXPECT_EQ(Str(trPathManagerGetSequenceOutputPath()), "/work/other/");
+    for (auto [path, found] : {std::pair{"/work/sequences", "/work/sequences\\"}, {"/work/other/", "/work/other/"}}) {
+        manager->RegisterPath(trSequenceOutputPathKey, path);
+        EXPECT_EQ(Str(trPathManagerGetSequenceOutputPath()), found);
+    }
     manager->RegisterPath(trTemporaryOutputFilesPathKey, "D:\\temp\\");
     EXPECT_EQ(Str(trPathManagerGetTemporaryOutputFilesPath()), "D:\\temp\\");
     // An empty registered path isn't the marker, so the default isn't used.
@@ -73,14 +62,11 @@ TEST_F(PathManager, IndexedAccessIsInKeyOrder)
     trString key, path;
     // Plain byte order: upper case before lower case.
     ASSERT_TRUE(manager->GetPathInfoAtIndex(0, key, path));
-    EXPECT_EQ(Str(key), "Zeta");
-    EXPECT_EQ(Str(path), "/z");
-    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(1)), "alpha");
-    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(2)), "beta");
+    EXPECT_EQ(Str(key) + " " + Str(path), "Zeta /z");
+    EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(1)) + " " + Str(manager->GetKeyForPathAtIndex(2)), "alpha beta");
     EXPECT_FALSE(manager->GetPathInfoAtIndex(3, key, path));
     EXPECT_FALSE(manager->GetPathInfoAtIndex(-1, key, path));
     EXPECT_EQ(Str(manager->GetKeyForPathAtIndex(3)), "");
-
     manager->RemovePath("alpha");
     manager->RemovePath("never registered");
     EXPECT_EQ(manager->GetNumPaths(), 2);
@@ -96,8 +82,8 @@ TEST_F(PathManager, PathsAreWrittenUnderTheirSavedNames)
     out["stale"] = "gone";
     manager->GetPathsForWriting(out);
     ASSERT_EQ(out.size(), 2u);
-    EXPECT_EQ(Str(out[trString("pathManager_path_renderOutput")]), "/r");
-    EXPECT_EQ(Str(out[trString("pathManager_path_textures")]), "/t");
+    EXPECT_EQ(Str(out[trString("pathManager_path_renderOutput")]) + Str(out[trString("pathManager_path_textures")]),
+              "/r/t");
 }
 
 } // namespace

@@ -32,7 +32,7 @@ std::vector<double> Coordinates(unsigned long seed, int count, double scale)
     return v;
 }
 
-TEST_F(NoiseTest, TablesFollowTheDrawOrderOfAFreshGenerator)
+TEST_F(NoiseTest, TablesFollowTheDrawOrderOfAFreshGeneratorAndOffsetsComeFromThem)
 {
     trNoiseInit(); // a second call changes nothing
     trMersenneTwister mt;
@@ -66,15 +66,8 @@ TEST_F(NoiseTest, TablesFollowTheDrawOrderOfAFreshGenerator)
         p[i] = i;
     for (int k = 255; k > 0; --k)
         std::swap(p[k], p[mt.genrand() & 255]);
-    for (int i = 0; i < 256; ++i) {
-        ASSERT_EQ(perm[i], p[i]) << i;
-        ASSERT_EQ(perm[i + 256], p[i]);
-    }
-}
-
-TEST_F(NoiseTest, OffsetsComeFromTheirTables)
-{
-    trMersenneTwister mt;
+    for (int i = 0; i < 512; ++i)
+        ASSERT_EQ(perm[i], p[i & 255]) << i;
     mt.sgenrand(0);
     mt.genrand();
     EXPECT_EQ(trNoff1(0), double(mt.genrand()) / 256.0); // the second draw after seeding
@@ -84,28 +77,52 @@ TEST_F(NoiseTest, OffsetsComeFromTheirTables)
     EXPECT_EQ(trNoff3(1, 2, 258), trVector(noff1[1], noff1[2], noff1[2]));
 }
 
-TEST_F(NoiseTest, GradientNoiseIsZeroOnTheLatticeAndRepeatsEvery256)
+TEST_F(NoiseTest, GradientNoiseIsZeroOnTheLatticeRepeatsEvery256AndIsBoundedVariedAndContinuous)
 {
     for (int x = -300; x <= 300; x += 7)
         for (int z = -5000; z <= 5000; z += 1111) {
             double const p[4] = {double(x), double(x / 3), double(z), double(z - x)};
-            ASSERT_EQ(trNoise3(p), 0.0) << x << " " << z;
-            ASSERT_EQ(trNoise2(p), 0.0);
-            ASSERT_EQ(trNoise4(p), 0.0);
-            ASSERT_EQ(trNoise1(p[0]), 0.0);
+            ASSERT_TRUE(trNoise3(p) == 0.0 && trNoise2(p) == 0.0 && trNoise4(p) == 0.0 && trNoise1(p[0]) == 0.0)
+                << x << " " << z;
         }
-    auto const c = Coordinates(5, 400, 1000.0);
+    auto const c = Coordinates(8, 30000, 300.0);
+    double sumSq = 0.0;
     for (size_t n = 0; n + 3 < c.size(); n += 4) {
         double const p[4] = {c[n], c[n + 1], c[n + 2], c[n + 3]};
-        for (int axis = 0; axis < 4; ++axis) {
-            double q[4] = {p[0], p[1], p[2], p[3]};
-            q[axis] += 256.0;
-            EXPECT_NEAR(trNoise4(q), trNoise4(p), 1e-9);
-            EXPECT_NEAR(trNoise3(q), trNoise3(p), 1e-9);
-            EXPECT_NEAR(trNoise2(q), trNoise2(p), 1e-9);
+        double const v = trNoise3(p);
+        sumSq += v * v;
+        ASSERT_TRUE(std::fabs(v) < 1.1 && std::fabs(trNoise4(p)) < 1.1 && std::fabs(trNoise2(p)) < 1.1 &&
+                    std::fabs(trNoise1(p[0])) < 1.1);
+        // The slope is a few units at most, so a tiny step moves the value little.
+        double const q[4] = {p[0] + 1e-7, p[1] - 1e-7, p[2] + 1e-7, p[3] + 1e-7};
+        ASSERT_LT(std::fabs(trNoise3(q) - v), 1e-5);
+        ASSERT_LT(std::fabs(trNoise4(q) - trNoise4(p)), 1e-5);
+        for (int axis = 0; n < 400 && axis < 4; ++axis) {
+            double w[4] = {p[0], p[1], p[2], p[3]};
+            w[axis] += 256.0;
+            EXPECT_NEAR(trNoise4(w), trNoise4(p), 1e-9);
+            EXPECT_NEAR(trNoise3(w), trNoise3(p), 1e-9);
+            EXPECT_NEAR(trNoise2(w), trNoise2(p), 1e-9);
         }
         EXPECT_NEAR(trNoise1(p[0] - 512.0), trNoise1(p[0]), 1e-9);
     }
+    double const rms = std::sqrt(sumSq / double(c.size() / 4));
+    EXPECT_GT(rms, 0.1);
+    EXPECT_LT(rms, 0.5);
+    // Across a cell face, where the corners change.
+    double const width[2] = {0.3, 0.6};
+    for (int face = -3; face <= 3; ++face) {
+        double const below[3] = {std::nextafter(double(face), -1e9), 0.3, 0.7};
+        double const above[3] = {double(face), 0.3, 0.7};
+        EXPECT_NEAR(trNoise3(below), trNoise3(above), 1e-12);
+        EXPECT_NEAR(trOldSharpNoise3(below), trOldSharpNoise3(above), 1e-12);
+        EXPECT_NEAR(trLerpNoise3_SmoothXY(below, width), trLerpNoise3_SmoothXY(above, width), 1e-12);
+    }
+    // Nothing finite comes of these; the point is that no index leaves the tables.
+    double const bad[4] = {std::nan(""), INFINITY, -INFINITY, 1e300};
+    (void)trNoise3(bad);
+    (void)trNoise4(bad);
+    (void)trLerpNoise3(bad + 1);
 }
 
 TEST_F(NoiseTest, SlicesAndMidpointsMatchTheHandFormula)
@@ -139,80 +156,35 @@ TEST_F(NoiseTest, SlicesAndMidpointsMatchTheHandFormula)
     }
 }
 
-TEST_F(NoiseTest, ValuesAreBoundedVariedAndContinuous)
-{
-    auto const c = Coordinates(8, 30000, 300.0);
-    double sumSq = 0.0;
-    for (size_t n = 0; n + 3 < c.size(); n += 4) {
-        double const p[4] = {c[n], c[n + 1], c[n + 2], c[n + 3]};
-        double const v = trNoise3(p);
-        sumSq += v * v;
-        ASSERT_LT(std::fabs(v), 1.1);
-        ASSERT_LT(std::fabs(trNoise4(p)), 1.1);
-        ASSERT_LT(std::fabs(trNoise2(p)), 1.1);
-        ASSERT_LT(std::fabs(trNoise1(p[0])), 1.1);
-        // The slope is a few units at most, so a tiny step moves the value little.
-        double const q[4] = {p[0] + 1e-7, p[1] - 1e-7, p[2] + 1e-7, p[3] + 1e-7};
-        ASSERT_LT(std::fabs(trNoise3(q) - v), 1e-5);
-        ASSERT_LT(std::fabs(trNoise4(q) - trNoise4(p)), 1e-5);
-    }
-    double const rms = std::sqrt(sumSq / double(c.size() / 4));
-    EXPECT_GT(rms, 0.1);
-    EXPECT_LT(rms, 0.5);
-    // Across a cell face, where the corners change.
-    double const width[2] = {0.3, 0.6};
-    for (int face = -3; face <= 3; ++face) {
-        double const below[3] = {std::nextafter(double(face), -1e9), 0.3, 0.7};
-        double const above[3] = {double(face), 0.3, 0.7};
-        EXPECT_NEAR(trNoise3(below), trNoise3(above), 1e-12);
-        EXPECT_NEAR(trOldSharpNoise3(below), trOldSharpNoise3(above), 1e-12);
-        EXPECT_NEAR(trLerpNoise3_SmoothXY(below, width), trLerpNoise3_SmoothXY(above, width), 1e-12);
-    }
-    // Nothing finite comes of these; the point is that no index leaves the tables.
-    double const bad[4] = {std::nan(""), INFINITY, -INFINITY, 1e300};
-    (void)trNoise3(bad);
-    (void)trNoise4(bad);
-    (void)trLerpNoise3(bad + 1);
-}
-
-TEST_F(NoiseTest, CellNoiseIsAHashOfTheLowBytes)
+TEST_F(NoiseTest, CellNoiseIsAHashOfTheLowBytesAndValueNoisesBlendCornerValues)
 {
     int differing = 0;
     for (int n = 0; n < 200; ++n) {
         int const c[3] = {n * 7 - 700, n * 3, 91 - n * 13};
         double const *g = grad3[Hash3(c[0], c[1], c[2])];
         double const v = trCellNoise3(c);
-        EXPECT_EQ(v, 0.5 * g[0]);
         int const wrapped[3] = {c[0] + 256 * 3, c[1] - 256 * 40, c[2] + 256 * 1000};
-        EXPECT_EQ(trCellNoise3(wrapped), v);
+        EXPECT_TRUE(v == 0.5 * g[0] && trCellNoise3(wrapped) == v);
         EXPECT_EQ(trCellInt3(wrapped), cellInts[Hash3(c[0], c[1], c[2])]);
-        int const next[3] = {c[0] + 1, c[1], c[2]};
+        int const next[3] = {c[0] + 1, c[1], c[2]}, w2[2] = {c[0] - 512, c[1] + 256};
         differing += trCellNoise3(next) != v;
-
-        int const w2[2] = {c[0] - 512, c[1] + 256};
         EXPECT_EQ(trCellNoise2(w2), 0.5 * grad2[Hash2(c[0], c[1])][0]);
-
         trFCol col;
         trCellNoise3(col, c);
         EXPECT_EQ(col, trFCol(float(v), float(0.5 * g[1]), float(0.5 * g[2])));
     }
     EXPECT_GT(differing, 190);
-}
 
-TEST_F(NoiseTest, ValueNoisesTakeCornerValuesAndBlendLinearly)
-{
     double const narrow[2] = {0.3, 0.3};
     for (int n = 0; n < 40; ++n) {
         int const i = n * 5 - 100, j = 3 - n, k = n * n;
         double const p[3] = {double(i), double(j), double(k)};
         double const corner = grad3[Hash3(i, j, k)][0];
         double const other = grad3[Hash3(i + 1, j, k)][0];
-        EXPECT_EQ(trLerpNoise3(p), corner);
-        EXPECT_EQ(trOldSharpNoise3(p), corner);
+        EXPECT_TRUE(trLerpNoise3(p) == corner && trOldSharpNoise3(p) == corner);
         double const mid[3] = {i + 0.5, double(j), double(k)};
-        EXPECT_NEAR(trLerpNoise3(mid), 0.5 * (corner + other), 1e-15);
-        EXPECT_NEAR(trOldSharpNoise3(mid), 0.5 * (corner + other), 1e-15);
-        EXPECT_NEAR(trLerpNoise3_SmoothXY(mid, narrow), 0.5 * (corner + other), 1e-15);
+        for (double v : {trLerpNoise3(mid), trOldSharpNoise3(mid), trLerpNoise3_SmoothXY(mid, narrow)})
+            EXPECT_NEAR(v, 0.5 * (corner + other), 1e-15);
         // Outside its narrow ramp the blend holds the corner's value.
         double const nearCorner[3] = {i + 0.1, double(j), double(k)};
         EXPECT_NEAR(trLerpNoise3_SmoothXY(nearCorner, narrow), corner, 1e-15);
@@ -222,12 +194,10 @@ TEST_F(NoiseTest, ValueNoisesTakeCornerValuesAndBlendLinearly)
     double const full[2] = {1.0, 1.0}, wide[2] = {3.0, 100.0}, none[2] = {0.0, -1.0}, quarter[2] = {0.25, 0.25};
     auto const c = Coordinates(13, 900, 50.0);
     for (size_t n = 0; n + 2 < c.size(); n += 3) {
-        double const p[3] = {c[n], c[n + 1], c[n + 2]};
-        double const lerp = trLerpNoise3(p);
-        EXPECT_NEAR(trLerpNoise3_SmoothXY(p, full), lerp, 1e-12);
-        EXPECT_NEAR(trLerpNoise3_SmoothXY(p, wide), lerp, 1e-12);
+        double const *p = &c[n], lerp = trLerpNoise3(p);
+        for (double v : {trLerpNoise3_SmoothXY(p, full), trLerpNoise3_SmoothXY(p, wide), trOldSharpNoise3(p)})
+            EXPECT_NEAR(v, lerp, 1e-12);
         EXPECT_EQ(trLerpNoise3_SmoothXY(p, none), trLerpNoise3_SmoothXY(p, quarter));
-        EXPECT_NEAR(trOldSharpNoise3(p), lerp, 1e-12);
     }
 }
 

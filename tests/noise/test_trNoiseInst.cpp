@@ -45,26 +45,33 @@ std::vector<trVector> Path()
     return path;
 }
 
-TEST_F(NoiseInstTest, ThreeDimensionalEqualsTrNoise3BitForBit)
+TEST_F(NoiseInstTest, EqualTheFreeFunctionsBitForBitCopiesCarryTheCacheAndInitResetsIt)
 {
     auto const path = Path();
     for (int seed : {0, 5, 255, 1000}) {
         trNoiseInst3 plain, shifted;
+        trNoiseInst4 four;
         plain.Init(false, seed);
         shifted.Init(true, seed);
+        four.Init(true, seed);
         trVector const off = trNoff3(seed);
+        double w = -1.5;
         for (trVector const &p : path) {
             double const a[3] = {p.x, p.y, p.z};
-            double const b[3] = {p.x + off.x, p.y + off.y, p.z + off.z};
+            // The fourth coordinate carries no offset.
+            double const b[4] = {p.x + off.x, p.y + off.y, p.z + off.z, w};
             ASSERT_EQ(plain.Noise(p, 0.0), trNoise3(a)) << p.x << " " << p.y << " " << p.z;
             ASSERT_EQ(shifted.Noise(p, 0.0), trNoise3(b)) << seed;
             ASSERT_EQ(plain.Noise3(b), trNoise3(b));
+            ASSERT_EQ(four.Noise(p, w), trNoise4(b)) << w;
+            ASSERT_EQ(four.Noise4(b), trNoise4(b));
+            w += 0.013;
         }
+        trNoiseInst4 copy(four);
+        double const q[4] = {1.5 + off.x, 2.5 + off.y, 3.5 + off.z, 0.25};
+        EXPECT_EQ(copy.Noise(trVector(1.5, 2.5, 3.5), 0.25), trNoise4(q));
     }
-}
 
-TEST_F(NoiseInstTest, CopiesCarryTheCacheAndInitResetsIt)
-{
     trNoiseInst3 a;
     a.Init(true, 3);
     trVector const p(10.25, -4.5, 0.125);
@@ -84,27 +91,6 @@ TEST_F(NoiseInstTest, CopiesCarryTheCacheAndInitResetsIt)
     b.Init(false, 4);
     double const plain[3] = {p.x, p.y, p.z};
     EXPECT_EQ(b.Noise(p, 0.0), trNoise3(plain));
-}
-
-TEST_F(NoiseInstTest, FourDimensionalEqualsTrNoise4BitForBit)
-{
-    auto const path = Path();
-    for (int seed : {0, 9}) {
-        trNoiseInst4 n;
-        n.Init(true, seed);
-        trVector const off = trNoff3(seed);
-        double w = -1.5;
-        for (trVector const &p : path) {
-            double const q[4] = {p.x + off.x, p.y + off.y, p.z + off.z, w};
-            ASSERT_EQ(n.Noise(p, w), trNoise4(q)) << w;
-            ASSERT_EQ(n.Noise4(q), trNoise4(q));
-            w += 0.013;
-        }
-        // The fourth coordinate carries no offset.
-        trNoiseInst4 copy(n);
-        double const q[4] = {1.5 + off.x, 2.5 + off.y, 3.5 + off.z, 0.25};
-        EXPECT_EQ(copy.Noise(trVector(1.5, 2.5, 3.5), 0.25), trNoise4(q));
-    }
 }
 
 } // namespace

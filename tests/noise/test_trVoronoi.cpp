@@ -45,16 +45,10 @@ double const *PlainVoronoi3(trVector &nearest, trVector &second, double const *p
                 trVector const f = Feature(x, y, z);
                 trVector const v(p[0] - f.x, p[1] - f.y, p[2] - f.z);
                 double const d = v.x * v.x + v.y * v.y + v.z * v.z;
-                if (d < d1) {
-                    d2 = d1;
-                    second = nearest;
-                    d1 = d;
-                    nearest = v;
-                    w[0] = x, w[1] = y, w[2] = z;
-                } else if (d < d2) {
-                    d2 = d;
-                    second = v;
-                }
+                if (d < d1)
+                    d2 = d1, second = nearest, d1 = d, nearest = v, w[0] = x, w[1] = y, w[2] = z;
+                else if (d < d2)
+                    d2 = d, second = v;
             }
     return grad3[Hash3(w[0] + 73, w[1] + 98, w[2] + 57)];
 }
@@ -77,32 +71,26 @@ TEST_F(VoronoiTest, MatchesThePlainLoopAndABruteForceSearchOfAWiderBlock)
         double const p[3] = {c[n] * 0.01, c[n + 1] * 0.01, c[n + 2] * 0.01};
         trVector nearest, second, wideNearest, wideSecond;
         PlainVoronoi3(wideNearest, wideSecond, p, 2);
-        for (int midway = 0; midway < 2; ++midway) {
-            double q[3] = {p[0], p[1], p[2]};
-            if (midway) {
-                // Midway between the two nearest features the distances often tie
-                // exactly, and then the earlier cell in the loop must come first.
-                trVector const m = trVector(p[0], p[1], p[2]) * 2.0 - (wideNearest + wideSecond);
-                q[0] = m.x * 0.5, q[1] = m.y * 0.5, q[2] = m.z * 0.5;
-            }
+        // Midway between the two nearest features the distances often tie exactly, and then
+        // the earlier cell in the loop must come first.
+        trVector const at[2] = {trVector(p[0], p[1], p[2]),
+                                (trVector(p[0], p[1], p[2]) * 2.0 - (wideNearest + wideSecond)) * 0.5};
+        for (int k = 0; k < 2; ++k) {
+            double const q[3] = {at[k].x, at[k].y, at[k].z};
             trVector plainNearest, plainSecond;
             double const *g = PlainVoronoi3(plainNearest, plainSecond, q);
             double value;
             trVoronoi3(value, nearest, second, q);
-            ASSERT_EQ(nearest, plainNearest) << q[0] << " " << q[1] << " " << q[2];
-            ASSERT_EQ(second, plainSecond);
-            ASSERT_EQ(value, 0.5 * g[0]);
-            ASSERT_LE(nearest.LengthSq(), second.LengthSq());
+            ASSERT_TRUE(nearest == plainNearest && second == plainSecond && value == 0.5 * g[0] &&
+                        nearest.LengthSq() <= second.LengthSq())
+                << q[0] << " " << q[1] << " " << q[2];
+            // The 27 cells hold the two nearest of the 125.
+            EXPECT_TRUE(k == 1 || (nearest == wideNearest && second == wideSecond));
             ties += nearest.LengthSq() == second.LengthSq();
             trFCol col;
             trVoronoi3(col, nearest, second, q);
             EXPECT_EQ(col, trFCol(float(0.5 * g[0]), float(0.5 * g[1]), float(0.5 * g[2])));
         }
-        // The 27 cells hold the two nearest of the 125.
-        double value;
-        trVoronoi3(value, nearest, second, p);
-        EXPECT_EQ(nearest, wideNearest);
-        EXPECT_EQ(second, wideSecond);
     }
     EXPECT_GT(ties, 100);
 }
@@ -125,14 +113,10 @@ TEST_F(VoronoiTest, TwoDimensionalAgreesWithABruteForceSearch)
                 double const vy = p[1] - (y + 0.5 + 0.5 * H2(x + oy0, y + oy1));
                 double const d = vx * vx + vy * vy;
                 bool const inner = std::labs(x - bx) <= 1 && std::labs(y - by) <= 1;
-                if (d < best) {
-                    next5 = best;
-                    next3 = inner ? best : next3;
-                    best = d, wx = x, wy = y;
-                } else {
-                    next5 = std::min(next5, d);
-                    next3 = inner ? std::min(next3, d) : next3;
-                }
+                if (d < best)
+                    next5 = best, next3 = inner ? best : next3, best = d, wx = x, wy = y;
+                else
+                    next5 = std::min(next5, d), next3 = inner ? std::min(next3, d) : next3;
             }
         tr2Vector nearest, second;
         double const value = trVoronoi2(nearest, second, p);
@@ -144,7 +128,7 @@ TEST_F(VoronoiTest, TwoDimensionalAgreesWithABruteForceSearch)
     EXPECT_GT(secondAgrees, 900);
 }
 
-TEST_F(VoronoiTest, OldSmoothFormApproachesTheSharpOneAndHasTheRightGradient)
+TEST_F(VoronoiTest, SmoothFormsApproachTheSharpOneAndHaveTheRightGradient)
 {
     auto const c = Points(6, 600, 80.0);
     for (size_t n = 0; n + 2 < c.size(); n += 3) {
@@ -152,16 +136,15 @@ TEST_F(VoronoiTest, OldSmoothFormApproachesTheSharpOneAndHasTheRightGradient)
         trVector nearest, second;
         trFCol exact;
         trVoronoi3(exact, nearest, second, p);
-        double const hard = nearest.Length();
-
-        double const soft = 8.0;
+        double const hard = nearest.Length(), soft = 8.0;
         double sv, distance;
+        trDEV_SmoothVoronoi3(sv, p, 0.0, 10.0);
+        EXPECT_NEAR(sv, hard, 1e-12); // the newer form with no softness: the least distance
         trVector gradient;
         trOldSmoothVoronoi3(sv, distance, gradient, p, &soft);
         // A soft minimum of 27 lies below the least distance, by at most ln(27) / k.
-        EXPECT_LE(distance, hard + 1e-12);
-        EXPECT_GE(distance, hard - std::log(27.0) / soft - 1e-12);
-        EXPECT_LE(std::fabs(sv), 0.5);
+        EXPECT_TRUE(distance <= hard + 1e-12 && distance >= hard - std::log(27.0) / soft - 1e-12 &&
+                    std::fabs(sv) <= 0.5);
         double const h = 1e-6;
         for (int axis = 0; axis < 3; ++axis) {
             double a[3] = {p[0], p[1], p[2]}, b[3] = {p[0], p[1], p[2]};
@@ -186,17 +169,8 @@ TEST_F(VoronoiTest, OldSmoothFormApproachesTheSharpOneAndHasTheRightGradient)
     }
 }
 
-TEST_F(VoronoiTest, DevSmoothFormIsSeamlessAndLimitsToTheDistance)
+TEST_F(VoronoiTest, DevSmoothFormIsSeamlessAndFaceFunctions)
 {
-    auto const c = Points(9, 300, 50.0);
-    for (size_t n = 0; n + 2 < c.size(); n += 3) {
-        double const p[3] = {c[n], c[n + 1], c[n + 2]};
-        double value, out;
-        trVector nearest, second;
-        trVoronoi3(value, nearest, second, p);
-        trDEV_SmoothVoronoi3(out, p, 0.0, 10.0);
-        EXPECT_NEAR(out, nearest.Length(), 1e-12); // no softness: the least distance
-    }
     // Crossing a cell face swaps cells in and out of the block; the fade hides it.
     for (int face = -4; face <= 4; ++face)
         for (int axis = 0; axis < 3; ++axis) {
@@ -208,10 +182,7 @@ TEST_F(VoronoiTest, DevSmoothFormIsSeamlessAndLimitsToTheDistance)
             trDEV_SmoothVoronoi3(ob, b, 0.1, 4.0);
             EXPECT_NEAR(oa, ob, 1e-9) << face << " " << axis;
         }
-}
 
-TEST_F(VoronoiTest, FaceFunctions)
-{
     trVector out;
     trVector const p(1.3, -0.2, 4.9);
     trDEV_SmoothVoronoiFace3(out, p);
@@ -227,8 +198,8 @@ TEST_F(VoronoiTest, FaceFunctions)
         trVector const start(c[n], c[n + 1], c[n + 2]), dir(c[n + 3], c[n + 4], c[n + 5]);
         trSharpVoronoiFace3(out, start, dir);
         // Forward on the line through the start ...
-        EXPECT_LT((out - start).Cross(dir).Length(), 1e-6 * (1.0 + (out - start).Length() * dir.Length()));
-        EXPECT_GE((out - start).Dot(dir), 0.0);
+        EXPECT_TRUE((out - start).Cross(dir).Length() < 1e-6 * (1.0 + (out - start).Length() * dir.Length()) &&
+                    (out - start).Dot(dir) >= 0.0);
         // ... on a face of the start's cell: its feature and one other are nearest.
         double const from[3] = {start.x, start.y, start.z}, at[3] = {out.x, out.y, out.z};
         trVector nearest, second;

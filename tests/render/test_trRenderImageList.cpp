@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 namespace {
 
 class Halve : public trFColFilter {
@@ -30,17 +32,12 @@ TEST(RenderImageList, FindTypeTakesTheFirstAndCopiesShare)
     copy.AddImage(Flat(0.2f), svSurfDepth, 2.0, false, false);
     copy.AddImage(Flat(0.3f), svSurfDepth, 3.0, false, true);
     ASSERT_EQ(list.NumImages(), 4u);
-
-    std::uint64_t index = 99;
-    ASSERT_TRUE(list.FindType(svSurfDepth, index));
-    EXPECT_EQ(index, 2u);
-    EXPECT_EQ(list.Exposure(index), 2.0);
-    EXPECT_STREQ(list.TypeString(index), "svSurfDepth");
-    EXPECT_TRUE(list.FindType(svAlpha, index));
-    EXPECT_EQ(index, 1u);
-    index = 99;
-    EXPECT_FALSE(list.FindType(svCloudDepth, index));
-    EXPECT_EQ(index, 99u);
+    // The first of a type; a miss leaves the index as it was.
+    std::uint64_t depth = 99, alpha = 99, cloud = 99;
+    EXPECT_TRUE(list.FindType(svSurfDepth, depth) && list.FindType(svAlpha, alpha));
+    EXPECT_FALSE(list.FindType(svCloudDepth, cloud));
+    EXPECT_EQ((std::vector<std::uint64_t>{depth, alpha, cloud}), (std::vector<std::uint64_t>{2, 1, 99}));
+    EXPECT_EQ(list.Exposure(depth), 2.0);
     list.DeleteImages();
     EXPECT_EQ(copy.NumImages(), 0u);
 }

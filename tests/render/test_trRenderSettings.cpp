@@ -3,15 +3,15 @@
 // details, retired keys, cache file names, copies and a project round trip.
 
 #include "foundation/trCores.h"
-#include "foundation/trMessages.h"
-#include "nodes/trBase.h"
-#include "nodes/trClassPool.h"
+#include "nodes/test_trBaseSupport.h"
 #include "nodes/trProjectFile.h"
 #include "render/trRenderGISettings.h"
 #include "render/trRenderSettings.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -41,7 +41,6 @@ public:
 };
 
 template <class T> trBase *Create() { return new T; }
-void Destroy(trBase *node) { delete node; }
 
 char const *const kSettingsClasses[] = {"render_bucket_controls", "render_developer_controls", "render_pixel_sampler",
                                         "render_subdiv_settings", "render_GI_settings"};
@@ -49,62 +48,28 @@ char const *const kSettingsClasses[] = {"render_bucket_controls", "render_develo
 // The library registers no class: the tests do what a host does. Another test may
 // have registered "render" already, with a class of its own, so render nodes here are
 // made directly and given that class's id.
-void RegisterClasses()
-{
-    static bool done = false;
-    if (done)
-        return;
-    done = true;
-    long id = 0;
-    auto add = [&](char const *type, char const *name, trClassPool::CreateFunc create) {
-        if (!trClasses.FindClassIdFromClassName(id, name))
-            trClasses.AddClass(type, name, create, Destroy, "");
-    };
-    add("render", "render", Create<TestRender>);
-    add("render/settings", kSettingsClasses[0], Create<trRenderBucketControls>);
-    add("render/settings", kSettingsClasses[1], Create<trRenderDeveloperControls>);
-    add("render/settings", kSettingsClasses[2], Create<trRenderPixelSampler>);
-    add("render/settings", kSettingsClasses[3], Create<trRenderSubdivSettings>);
-    add("render/settings", kSettingsClasses[4], Create<trRenderGISettings>);
-}
-
 TestRender *NewRender(trBase &parent, char const *name)
 {
-    RegisterClasses();
-    long id = 0;
-    trClasses.FindClassIdFromClassName(id, "render");
+    static long const renderId = [] {
+        trClassPool::CreateFunc const creates[] = {Create<TestRender>,           Create<trRenderBucketControls>,
+                                                   Create<trRenderDeveloperControls>, Create<trRenderPixelSampler>,
+                                                   Create<trRenderSubdivSettings>,  Create<trRenderGISettings>};
+        char const *const names[] = {"render", kSettingsClasses[0], kSettingsClasses[1], kSettingsClasses[2],
+                                     kSettingsClasses[3], kSettingsClasses[4]};
+        long id = 0;
+        for (int i = 0; i < 6; ++i)
+            if (!trClasses.FindClassIdFromClassName(id, names[i]))
+                trClasses.AddClass(i ? "render/settings" : "render", names[i], creates[i],
+                                   [](trBase *n) { delete n; }, "");
+        trClasses.FindClassIdFromClassName(id, "render");
+        return id;
+    }();
     auto *render = new TestRender;
-    render->SetRegisteredClassId(id);
+    render->SetRegisteredClassId(renderId);
     render->Init(&parent, 1);
     render->SetName(name);
     return render;
 }
-
-// What reached the host's message callbacks.
-struct Messages {
-    Messages()
-    {
-        Current() = this;
-        oldWarning = trCallBackWarning;
-        oldDlg = trDoDlgBoxes;
-        trCallBackWarning = [](char const *t, trErrorWarningData *) { Current()->warnings.push_back(t); };
-        trDoDlgBoxes = 1;
-    }
-    ~Messages()
-    {
-        trCallBackWarning = oldWarning;
-        trDoDlgBoxes = oldDlg;
-        Current() = nullptr;
-    }
-    static Messages *&Current()
-    {
-        static Messages *current = nullptr;
-        return current;
-    }
-    std::vector<std::string> warnings;
-    trMessageCallBack oldWarning;
-    int oldDlg;
-};
 
 std::string Text(trBase &node, char const *param)
 {
@@ -112,7 +77,13 @@ std::string Text(trBase &node, char const *param)
     trString text;
     if (!node.FindParam(index, param) || !node.GetStringFromParam(index, text, &node))
         return "<missing>";
-    return text.chars ? text.chars : "";
+    return Str(text);
+}
+
+bool GuiEnabled(trBase &node, char const *param)
+{
+    long index = 0;
+    return node.FindParam(index, param) && node.IsParamGuiEnabled(index);
 }
 
 // A project root holding one render node.
@@ -125,10 +96,13 @@ struct Fixture : ::testing::Test {
         root.SetName("Project");
         render = NewRender(root, "Main");
     }
-    template <class T> T *Make(char const *className, trBase *parent = nullptr)
+    template <class T = trBase> T *Make(char const *className, trBase *parent = nullptr)
     {
         return static_cast<T *>(trCreateObject(className, parent ? parent : render, 1));
     }
+    trRenderPixelSampler *Sampler() { return Make<trRenderPixelSampler>("render_pixel_sampler"); }
+    // Reads `xml` into a new render node `name` under the root.
+    bool Load(char const *name, char const *xml) { return trBaseXML::ReadBuffer(*NewRender(root, name), xml, "r"); }
 };
 
 using PixelSampler = Fixture;
@@ -141,102 +115,65 @@ TEST_F(PixelSampler, DerivedValuesFollowAntiAliasing)
         long level;
         double threshold;
         char const *raster, *min;
-    };
-    Row const rows[] = {
+    } const rows[] = {
         {5, true, 0, 0.06, "25", "0.39"}, // 4 -> 5 of a new node: robust is on
         {0, true, 2, 0.3, "1", "0.25"},   // 0 counts as 1, and stays 0
-        {-3, true, 2, 0.3, "1", "0.25"},
-        {2, true, 1, 0.15, "4", "0.25"},
-        {3, true, 1, 0.1, "9", "0.56"},
-        {8, false, 2, 0.0375, "64", "16"},
+        {-3, true, 2, 0.3, "1", "0.25"}, {2, true, 1, 0.15, "4", "0.25"},
+        {3, true, 1, 0.1, "9", "0.56"},  {8, false, 2, 0.0375, "64", "16"},
     };
     for (Row const &r : rows) {
-        auto *s = Make<trRenderPixelSampler>("render_pixel_sampler");
+        auto *s = Sampler();
         s->SetParam("robust", r.robust, trWhoUser);
         s->SetParam("anti-aliasing", r.aa, trWhoUser);
         SCOPED_TRACE(r.aa);
         EXPECT_EQ(s->antiAliasing, r.aa);
         EXPECT_EQ(s->firstSamplingLevel, r.level);
         EXPECT_DOUBLE_EQ(s->pixelNoiseThreshold, r.threshold);
-        EXPECT_EQ(Text(*s, "raster_samples_per_pixel"), r.raster);
-        EXPECT_EQ(Text(*s, "max_samples_per_pixel"), r.raster);
-        EXPECT_EQ(Text(*s, "min_samples_per_pixel"), r.min);
+        EXPECT_EQ(Text(*s, "raster_samples_per_pixel") + " " + Text(*s, "max_samples_per_pixel") + " " +
+                      Text(*s, "min_samples_per_pixel"),
+                  std::string(r.raster) + " " + r.raster + " " + r.min);
         EXPECT_FALSE(s->customiseSampling); // anti-aliasing by hand doesn't customise
         render->DestroyChild(s->Name());
     }
-}
-
-TEST_F(PixelSampler, MinimumSamplesForEveryLevel)
-{
-    auto *s = Make<trRenderPixelSampler>("render_pixel_sampler");
-    s->SetParam("anti-aliasing", 8L, trWhoSystem);
     // Levels -2..3 and one outside the menu, which takes the 64-sub-pixel cell.
-    struct Row {
-        long level;
-        char const *min;
-    } const rows[] = {{-1, "0.25"}, {0, "1"}, {1, "4"}, {2, "16"}, {3, "64"}, {7, "0.016"}, {-9, "0.016"}};
-    for (auto const &r : rows) {
-        s->SetParam("first_sampling_level", r.level, trWhoSystem);
-        EXPECT_EQ(Text(*s, "min_samples_per_pixel"), r.min) << r.level;
+    auto *s = Sampler();
+    s->SetParam("anti-aliasing", 8L, trWhoSystem);
+    for (auto [level, min] : {std::pair{-1L, "0.25"}, {0L, "1"}, {1L, "4"}, {2L, "16"}, {3L, "64"}, {7L, "0.016"},
+                              {-9L, "0.016"}}) {
+        s->SetParam("first_sampling_level", level, trWhoSystem);
+        EXPECT_EQ(Text(*s, "min_samples_per_pixel"), min) << level;
     }
 }
 
 TEST_F(PixelSampler, OnlyHandEditsTurnOnCustomSampling)
 {
     trBase other;
-    struct Row {
-        trBase *who;
-        bool customises;
-    } const rows[] = {{trWhoSystem, false}, {&other, false}, {trWhoUser, true}, {trWhoUserIndirect, true}};
-    for (char const *param : {"first_sampling_level", "pixel_noise_threshold"}) {
-        for (auto const &r : rows) {
-            auto *s = Make<trRenderPixelSampler>("render_pixel_sampler");
-            if (std::string(param) == "first_sampling_level")
-                s->SetParam(param, -1L, r.who);
+    for (bool level : {true, false})
+        for (auto [who, customises] : {std::pair{trWhoSystem, false}, {&other, false}, {trWhoUser, true},
+                                       {trWhoUserIndirect, true}}) {
+            auto *s = Sampler();
+            if (level)
+                s->SetParam("first_sampling_level", -1L, who);
             else
-                s->SetParam(param, 0.5, r.who);
-            EXPECT_EQ(s->customiseSampling != 0, r.customises) << param;
+                s->SetParam("pixel_noise_threshold", 0.5, who);
+            EXPECT_EQ(s->customiseSampling != 0, customises) << level << " " << NameOf(who);
             render->DestroyChild(s->Name());
         }
-    }
     // Customised values survive a change of anti-aliasing, and return when it's off.
-    auto *s = Make<trRenderPixelSampler>("render_pixel_sampler");
+    auto *s = Sampler();
     s->SetParam("first_sampling_level", -2L, trWhoUser);
     s->SetParam("anti-aliasing", 2L, trWhoUser);
     EXPECT_EQ(s->firstSamplingLevel, -2);
     s->SetParam("customise_sampling", false, trWhoUser);
     EXPECT_EQ(s->firstSamplingLevel, 1);
     EXPECT_DOUBLE_EQ(s->pixelNoiseThreshold, 0.15);
-
     // A file's values are the system's: customise_sampling stays as the file says.
-    ASSERT_TRUE(trBaseXML::ReadBuffer(*NewRender(root, "R2"),
-                                      "<r><render_pixel_sampler name=\"Loaded\" first_sampling_level=\"-2\" "
-                                      "pixel_noise_threshold=\"0.2\"/></r>",
-                                      "r"));
-    auto *loaded = static_cast<trRenderPixelSampler *>(root.NodeByPath("/R2/Loaded"));
+    ASSERT_TRUE(Load("R2", "<r><render_pixel_sampler name=\"L\" first_sampling_level=\"-2\" "
+                           "pixel_noise_threshold=\"0.2\"/></r>"));
+    auto *loaded = static_cast<trRenderPixelSampler *>(root.NodeByPath("/R2/L"));
     ASSERT_NE(loaded, nullptr);
     EXPECT_FALSE(loaded->customiseSampling);
     EXPECT_EQ(loaded->firstSamplingLevel, -2);
-}
-
-TEST_F(PixelSampler, NewNodeTakesRenderAntiAliasingAndRobust)
-{
-    render->SetParam("anti-aliasing", 6L, trWhoUser);
-    auto *made = Make<trRenderPixelSampler>("render_pixel_sampler");
-    EXPECT_EQ(made->antiAliasing, 6);
-    EXPECT_TRUE(made->robust);
-    EXPECT_FALSE(made->legacy); // the radio group
-    long index = 0;
-    ASSERT_TRUE(made->FindParam(index, "new_curve"));
-    EXPECT_FALSE(made->IsParamGuiEnabled(index));
-    made->SetParam("legacy", true, trWhoUser);
-    EXPECT_FALSE(made->robust);
-    EXPECT_TRUE(made->IsParamGuiEnabled(index));
-
-    // Read from a file, it keeps the file's sampler: the lean path skips OnFirstCreate.
-    auto *lean = static_cast<trRenderPixelSampler *>(trCreateObjectLean("render_pixel_sampler", render, 1));
-    EXPECT_FALSE(lean->robust);
-    EXPECT_TRUE(lean->legacy);
 }
 
 using Settings = Fixture;
@@ -244,42 +181,52 @@ using Settings = Fixture;
 TEST_F(Settings, SecondNodeOfAClassWarnsOncePerCreation)
 {
     for (char const *cls : kSettingsClasses) {
-        Messages m;
-        trBase *first = Make<trBase>(cls);
-        EXPECT_TRUE(m.warnings.empty()) << cls;
-        trBase *second = Make<trBase>(cls);
-        trBase *third = Make<trBase>(cls);
+        HostCapture host;
+        trBase *made[] = {Make(cls), nullptr, nullptr};
+        EXPECT_TRUE(host.warnings.empty()) << cls;
+        made[1] = Make(cls);
+        made[2] = Make(cls);
         std::string const text = "Main: Only one \"" + std::string(cls) + "\" node can be used per render node.";
-        ASSERT_EQ(m.warnings.size(), 2u) << cls;
-        for (auto const &w : m.warnings)
-            EXPECT_NE(w.find(text), std::string::npos) << w;
-        for (trBase *n : {first, second, third})
+        EXPECT_EQ(host.warnings, std::vector<std::string>(2, text));
+        for (trBase *n : made)
             render->DestroyChild(n->Name());
     }
     // Elsewhere than under a render node, any number is fine.
-    Messages m;
+    HostCapture host;
     trBase *group = root.CreateChild("render_bucket_controls");
-    Make<trBase>("render_pixel_sampler", group);
-    Make<trBase>("render_pixel_sampler", group);
-    EXPECT_TRUE(m.warnings.empty());
+    Make("render_pixel_sampler", group);
+    Make("render_pixel_sampler", group);
+    EXPECT_TRUE(host.warnings.empty());
 }
 
-TEST_F(Settings, SubdivInheritsFromRenderOnce)
+TEST_F(Settings, NewNodesTakeTheirRendersValuesOnce)
 {
+    render->SetParam("anti-aliasing", 6L, trWhoUser);
     render->SetParam("microvertex_jittering", false, trWhoUser);
     render->SetParam("detail_blending", 0.4, trWhoUser);
     render->SetParam("displacement_filter", 2.5, trWhoUser);
+    render->SetParam("GI_blur_radius", 3.0, trWhoUser);
+    render->SetParam("supersample_prepass", true, trWhoUser);
+
+    auto *made = Sampler();
+    EXPECT_EQ(made->antiAliasing, 6);
+    EXPECT_TRUE(made->robust && !made->legacy); // the radio group
+    EXPECT_FALSE(GuiEnabled(*made, "new_curve"));
+    made->SetParam("legacy", true, trWhoUser);
+    EXPECT_FALSE(made->robust);
+    EXPECT_TRUE(GuiEnabled(*made, "new_curve"));
+    // Read from a file, it keeps the file's sampler: the lean path skips OnFirstCreate.
+    auto *lean = static_cast<trRenderPixelSampler *>(trCreateObjectLean("render_pixel_sampler", render, 1));
+    EXPECT_TRUE(!lean->robust && lean->legacy);
+
     auto *s = Make<trRenderSubdivSettings>("render_subdiv_settings");
-    EXPECT_TRUE(s->valuesInherited);
-    EXPECT_FALSE(s->microvertexJittering);
-    EXPECT_TRUE(s->detailJittering);
+    EXPECT_TRUE(s->valuesInherited && !s->microvertexJittering && s->detailJittering);
     EXPECT_DOUBLE_EQ(s->detailBlending, 0.4);
     EXPECT_DOUBLE_EQ(s->displacementFilter, 2.5);
     // A second OnCreate (as a re-attach would make) doesn't overwrite.
     render->SetParam("detail_blending", 0.9, trWhoUser);
     s->OnCreate();
     EXPECT_DOUBLE_EQ(s->detailBlending, 0.4);
-
     // Outside a render nothing is taken; a change of a shared value marks it inherited.
     trRenderSubdivSettings loose;
     loose.OnCreate();
@@ -288,6 +235,13 @@ TEST_F(Settings, SubdivInheritsFromRenderOnce)
     EXPECT_FALSE(loose.valuesInherited);
     loose.SetParam("detail_jittering", false, trWhoUser);
     EXPECT_TRUE(loose.valuesInherited);
+
+    auto *g = Make<trRenderGISettings>("render_GI_settings");
+    EXPECT_DOUBLE_EQ(g->GI_blur_radius, 3.0);
+    EXPECT_EQ(g->NumPrepassSupersamples(), 9);
+    EXPECT_FALSE(g->GI_surface_details);
+    // A node made elsewhere (under a render layer) has surface details on.
+    EXPECT_TRUE(Make<trRenderGISettings>("render_GI_settings", &root)->GI_surface_details);
 }
 
 TEST_F(Settings, SubdivCacheDefaultFollowsCoresInUse)
@@ -299,17 +253,14 @@ TEST_F(Settings, SubdivCacheDefaultFollowsCoresInUse)
     } const rows[] = {{0, 400, 800}, {8, 2200, 4400}, {100, 16200, 50400}};
     for (auto const &r : rows) {
         trSetPreferredNumCores(true, r.cores);
-        trRenderSubdivSettings s;
-        EXPECT_EQ(s.sizeOfSubdivCacheInMb, r.def) << r.cores;
+        EXPECT_EQ(trRenderSubdivSettings().sizeOfSubdivCacheInMb, r.def) << r.cores;
         EXPECT_EQ(trRenderSubdivSettings::MaxSubdivCacheMb(), r.max) << r.cores;
     }
     trSetPreferredNumCores(false, 0);
     trRenderSubdivSettings s;
-    long index = 0;
-    ASSERT_TRUE(s.FindParam(index, "size_of_subdiv_cache_in_Mb"));
-    EXPECT_FALSE(s.IsParamGuiEnabled(index));
+    EXPECT_FALSE(GuiEnabled(s, "size_of_subdiv_cache_in_Mb"));
     s.SetParam("override_size_of_subdiv_cache", true, trWhoUser);
-    EXPECT_TRUE(s.IsParamGuiEnabled(index));
+    EXPECT_TRUE(GuiEnabled(s, "size_of_subdiv_cache_in_Mb"));
 }
 
 using GISettings = Fixture;
@@ -318,28 +269,25 @@ TEST_F(GISettings, RelativeAndAbsoluteDetailMoveTogether)
 {
     struct Row {
         double renderDetail;
-        char const *param;
-        double value;
-        double cache;
-        long relative;
+        bool relative;  // which of the two is set
+        double value, cache;
+        long relativeAfter;
     } const rows[] = {
-        {1.0, "GI_relative_detail", 6, 10, 6},   // capped at 10
-        {0.5, "GI_relative_detail", 3, 6, 3},
-        {1.0, "GI_cache_detail", 12, 12, 3},
-        {2.0, "GI_cache_detail", 3, 3, 1},       // anything above 0 is at least 1
-        {1.0, "GI_cache_detail", 0, 0, 0},
-        {0.0, "GI_cache_detail", 4, 4, 4000000000000L}, // the divisor is guarded, not zero
-        {1.0, "GI_cache_detail", 102, 102, 2},   // absolute by request: relative untouched
+        {0.5, true, 3, 6, 3}, {1.0, false, 12, 12, 3}, {1.0, false, 0, 0, 0},
+        {1.0, true, 6, 10, 6},              // capped at 10
+        {2.0, false, 3, 3, 1},              // anything above 0 is at least 1
+        {0.0, false, 4, 4, 4000000000000L}, // the divisor is guarded, not zero
+        {1.0, false, 102, 102, 2},          // absolute by request: relative untouched
     };
     for (auto const &r : rows) {
         render->SetParam("detail", r.renderDetail, trWhoUser);
         auto *g = Make<trRenderGISettings>("render_GI_settings");
-        if (std::string(r.param) == "GI_relative_detail")
-            g->SetParam(r.param, long(r.value), trWhoUser);
+        if (r.relative)
+            g->SetParam("GI_relative_detail", long(r.value), trWhoUser);
         else
-            g->SetParam(r.param, r.value, trWhoUser);
-        EXPECT_DOUBLE_EQ(g->GI_cache_detail, r.cache) << r.param << " " << r.value;
-        EXPECT_EQ(g->GI_relative_detail, r.relative) << r.param << " " << r.value;
+            g->SetParam("GI_cache_detail", r.value, trWhoUser);
+        EXPECT_DOUBLE_EQ(g->GI_cache_detail, r.cache) << r.relative << " " << r.value;
+        EXPECT_EQ(g->GI_relative_detail, r.relativeAfter) << r.relative << " " << r.value;
         render->DestroyChild(g->Name());
     }
     // The system's writes, as of a file, and nodes without a render above: no link.
@@ -352,12 +300,9 @@ TEST_F(GISettings, RelativeAndAbsoluteDetailMoveTogether)
     loose.SetParam("GI_relative_detail", 5L, trWhoUser);
     EXPECT_DOUBLE_EQ(loose.GI_cache_detail, 2.0);
 
-    struct Clamp {
-        double cache, absolute;
-    } const clamps[] = {{102, 2}, {-3, 0}, {5, 5}, {100, 100}};
-    for (auto const &c : clamps) {
-        loose.SetGIAbsoluteDetail(c.cache);
-        EXPECT_DOUBLE_EQ(loose.GIAbsoluteDetail(), c.absolute) << c.cache;
+    for (auto [cache, absolute] : {std::pair{102.0, 2.0}, {-3.0, 0.0}, {5.0, 5.0}, {100.0, 100.0}}) {
+        loose.SetGIAbsoluteDetail(cache);
+        EXPECT_DOUBLE_EQ(loose.GIAbsoluteDetail(), absolute) << cache;
     }
     loose.SetGIBlurRadius(0.0);
     loose.SetGISampleQuality(-1.0);
@@ -365,26 +310,10 @@ TEST_F(GISettings, RelativeAndAbsoluteDetailMoveTogether)
     EXPECT_DOUBLE_EQ(loose.GISampleQuality(), 0.0);
 }
 
-TEST_F(GISettings, NewNodeTakesRenderValues)
-{
-    render->SetParam("GI_blur_radius", 3.0, trWhoUser);
-    render->SetParam("supersample_prepass", true, trWhoUser);
-    auto *g = Make<trRenderGISettings>("render_GI_settings");
-    EXPECT_DOUBLE_EQ(g->GI_blur_radius, 3.0);
-    EXPECT_EQ(g->NumPrepassSupersamples(), 9);
-    EXPECT_FALSE(g->GI_surface_details);
-    // A node made elsewhere (under a render layer) has surface details on.
-    auto *elsewhere = Make<trRenderGISettings>("render_GI_settings", &root);
-    EXPECT_TRUE(elsewhere->GI_surface_details);
-}
-
-TEST_F(GISettings, FileModesAreARadioGroupAndEnableTheirParams)
+TEST_F(GISettings, FileModesAndSurfaceDetailMethodsEnableTheirParams)
 {
     trRenderGISettings g;
-    auto enabled = [&](char const *n) {
-        long i = 0;
-        return g.FindParam(i, n) && g.IsParamGuiEnabled(i);
-    };
+    auto enabled = [&](char const *n) { return GuiEnabled(g, n); };
     EXPECT_FALSE(enabled("GI_cache_filename_to_write"));
     g.SetParam("write_to_GI_cache_file", true, trWhoUser);
     EXPECT_FALSE(g.no_GI_cache_file);
@@ -411,29 +340,20 @@ TEST_F(GISettings, FileModesAreARadioGroupAndEnableTheirParams)
     // Turning a member off leaves the others as they are.
     g.SetParam("no_GI_cache_file", false, trWhoUser);
     EXPECT_FALSE(g.ShouldWriteToGICacheFile() || g.ShouldReadFromGICacheFile());
-}
-
-TEST_F(GISettings, SurfaceDetailMethods)
-{
-    trRenderGISettings g;
-    struct Row {
-        long method;
-        bool ssao, ssgi, rayTraced, bounceEnabled;
-    } const rows[] = {{0, true, false, false, false}, {1, false, true, false, true}, {2, false, false, true, false}};
+    // Surface detail methods, for renders and for the path tracer ("PT_").
+    char const *const methods[] = {"1000", "0101", "0010"};  // SSAO, SSGI, ray traced, bounce weight enabled
     for (bool pt : {false, true}) {
         std::string const prefix = pt ? "PT_" : "";
-        long bounce = 0, radius = 0;
-        ASSERT_TRUE(g.FindParam(bounce, (prefix + "GISD_bounce_weight").c_str()));
-        ASSERT_TRUE(g.FindParam(radius, (prefix + "GISD_radius").c_str()));
-        EXPECT_FALSE(g.IsParamGuiEnabled(radius));
+        EXPECT_FALSE(enabled((prefix + "GISD_radius").c_str()));
         g.SetParam((prefix + "GI_surface_details").c_str(), true, trWhoUser);
-        EXPECT_TRUE(g.IsParamGuiEnabled(radius));
-        for (auto const &r : rows) {
-            g.SetParam((prefix + "GI_surface_details_method").c_str(), r.method, trWhoUser);
-            EXPECT_EQ(g.ShouldDoSSAO(pt), r.ssao) << pt << r.method;
-            EXPECT_EQ(g.ShouldDoSSGI(pt), r.ssgi) << pt << r.method;
-            EXPECT_EQ(g.ShouldRayTraceGISurfaceDetails(pt), r.rayTraced) << pt << r.method;
-            EXPECT_EQ(g.IsParamGuiEnabled(bounce), r.bounceEnabled) << pt << r.method;
+        EXPECT_TRUE(enabled((prefix + "GISD_radius").c_str()));
+        for (long m = 0; m < 3; ++m) {
+            g.SetParam((prefix + "GI_surface_details_method").c_str(), m, trWhoUser);
+            std::string got;
+            for (bool b : {g.ShouldDoSSAO(pt), g.ShouldDoSSGI(pt), g.ShouldRayTraceGISurfaceDetails(pt),
+                           enabled((prefix + "GISD_bounce_weight").c_str())})
+                got += b ? '1' : '0';
+            EXPECT_EQ(got, methods[m]) << prefix << m;
         }
     }
     g.SetParam("PT_GISD_radius", 40.0, trWhoUser);
@@ -441,121 +361,107 @@ TEST_F(GISettings, SurfaceDetailMethods)
     EXPECT_DOUBLE_EQ(g.GISDRadius(false), 24.0);
 }
 
-TEST_F(GISettings, RetiredKeysFromOldFiles)
-{
-    Messages m;
-    trRenderGISettings g;
-    EXPECT_EQ(g.SetParamFromString("voxel_scattering_quality", "150", trWhoSystem), 1);
-    EXPECT_DOUBLE_EQ(g.VoxelScatteringQuality(), 150.0);
-    EXPECT_EQ(g.SetParamFromString("optimise_voxel_scattering", "1", trWhoSystem), 0);
-    EXPECT_TRUE(m.warnings.empty());
-    EXPECT_EQ(g.SetParamFromString("optimise_voxel_scattering", "0", trWhoSystem), 0);
-    ASSERT_EQ(m.warnings.size(), 1u);
-    EXPECT_NE(m.warnings[0].find(
-                  "\"Optimise voxel scattering\" is now enabled automatically and cannot be turned off."),
-              std::string::npos);
-    EXPECT_TRUE(g.ShouldOptimiseVoxelScattering());
-    EXPECT_EQ(g.SetParamFromString("GI_blur_radius", "0", trWhoSystem), 1);
-    EXPECT_DOUBLE_EQ(g.GIBlurRadius(), 1.0);
-}
-
 TEST_F(GISettings, CacheFileNamesLieInTheProjectFolder)
 {
     root.SetAbsoluteContentFilePathForChildren("/projects/valley/");
     auto *g = Make<trRenderGISettings>("render_GI_settings");
     long const frame = 12;
-    EXPECT_EQ(std::string(g->GICacheFilenameToWrite(nullptr).chars), "/projects/valley/gicache_%04d.gic");
-    EXPECT_EQ(std::string(g->GICacheFilenameToWrite(&frame).chars), "/projects/valley/gicache_0012.gic");
+    EXPECT_EQ(Str(g->GICacheFilenameToWrite(nullptr)), "/projects/valley/gicache_%04d.gic");
+    EXPECT_EQ(Str(g->GICacheFilenameToWrite(&frame)), "/projects/valley/gicache_0012.gic");
     g->SetParam("GI_cache_filename_to_read", trString("/projects/valley/caches/a_%03d.gic"), trWhoUser);
-    EXPECT_EQ(std::string(g->GI_cache_filename_to_read.FileStringR().chars), "caches/a_%03d.gic");
-    EXPECT_EQ(std::string(g->GICacheFilenameToRead(&frame).chars), "/projects/valley/caches/a_012.gic");
+    EXPECT_EQ(Str(g->GI_cache_filename_to_read.FileStringR()), "caches/a_%03d.gic");
+    EXPECT_EQ(Str(g->GICacheFilenameToRead(&frame)), "/projects/valley/caches/a_012.gic");
     // A field that isn't a frame number is left as text.
     g->SetParam("GI_cache_filename_to_read", trString("/tmp/a_%s%n.gic"), trWhoUser);
-    EXPECT_EQ(std::string(g->GICacheFilenameToRead(&frame).chars), "/tmp/a_%s%n.gic");
-
+    EXPECT_EQ(Str(g->GICacheFilenameToRead(&frame)), "/tmp/a_%s%n.gic");
     // A copy outside the tree, as a render takes, finds the same files.
     trRenderGISettings copy;
     copy.CopySettingsFrom(*g);
-    EXPECT_EQ(std::string(copy.GICacheFilenameToWrite(&frame).chars), "/projects/valley/gicache_0012.gic");
+    EXPECT_EQ(Str(copy.GICacheFilenameToWrite(&frame)), "/projects/valley/gicache_0012.gic");
+}
+
+// A copy outside the tree, as a render takes.
+template <class T> std::unique_ptr<trBase> CopyOf(trBase *node)
+{
+    auto copy = std::make_unique<T>();
+    copy->CopySettingsFrom(*static_cast<T *>(node));
+    return copy;
 }
 
 TEST_F(Settings, ProjectRoundTripAndCopiesKeepEveryValue)
 {
     render->SetParam("detail", 1.25, trWhoUser);
-    auto *b = Make<trRenderBucketControls>(kSettingsClasses[0]);
-    auto *d = Make<trRenderDeveloperControls>(kSettingsClasses[1]);
-    auto *p = Make<trRenderPixelSampler>(kSettingsClasses[2]);
-    auto *s = Make<trRenderSubdivSettings>(kSettingsClasses[3]);
-    auto *g = Make<trRenderGISettings>(kSettingsClasses[4]);
-    b->SetParam("max_bucket_size", tr2Vector(96, 48), trWhoUser);
-    d->SetParam("quality_per_pixel", true, trWhoUser);
-    d->SetParam("_pt_maxRayDepth", 9L, trWhoUser);
-    p->SetParam("anti-aliasing", 7L, trWhoUser);
-    p->SetParam("pixel_noise_threshold", 0.0123456789012, trWhoUser);
-    p->SetParam("new_curve", true, trWhoUser);
-    s->SetParam("detail_blending", 0.3, trWhoUser);
-    s->SetParam("ray_detail_stabilisation", 6L, trWhoUser);
-    g->SetParam("GI_relative_detail", 2L, trWhoUser);
-    g->SetParam("write_to_GI_cache_file", true, trWhoUser);
-    g->SetParam("GI_cache_filename_to_write", trString("caches/run \"A\" & <B>_%04d.gic"), trWhoUser);
-    g->SetParam("cloud_GI_quality_preset", 6L, trWhoUser);
-
+    trBase *n[5];
+    for (int i = 0; i < 5; ++i)
+        n[i] = Make(kSettingsClasses[i]);
+    n[0]->SetParam("max_bucket_size", tr2Vector(96, 48), trWhoUser);
+    n[1]->SetParam("quality_per_pixel", true, trWhoUser);
+    n[1]->SetParam("_pt_maxRayDepth", 9L, trWhoUser);
+    n[2]->SetParam("anti-aliasing", 7L, trWhoUser);
+    n[2]->SetParam("pixel_noise_threshold", 0.0123456789012, trWhoUser);
+    n[2]->SetParam("new_curve", true, trWhoUser);
+    n[3]->SetParam("detail_blending", 0.3, trWhoUser);
+    n[3]->SetParam("ray_detail_stabilisation", 6L, trWhoUser);
+    n[4]->SetParam("GI_relative_detail", 2L, trWhoUser);
+    n[4]->SetParam("write_to_GI_cache_file", true, trWhoUser);
+    n[4]->SetParam("GI_cache_filename_to_write", trString("caches/run \"A\" & <B>_%04d.gic"), trWhoUser);
+    n[4]->SetParam("cloud_GI_quality_preset", 6L, trWhoUser);
     // The render's own element holds the five; it is read into another render node.
     trString const first = trBaseXML::GetElement(*render, true, "", "render");
     trBase again;
     TestRender *render2 = NewRender(again, "Other");
     ASSERT_TRUE(trBaseXML::ReadBuffer(*render2, first.chars, "render"));
-    trString const second = trBaseXML::GetElement(*render2, true, "", "render");
-    EXPECT_EQ(std::string(first.chars), std::string(second.chars));
+    EXPECT_EQ(Str(first), Str(trBaseXML::GetElement(*render2, true, "", "render")));
     ASSERT_EQ(render2->NumChildren(), 5);
-    trRenderBucketControls bc;
-    trRenderDeveloperControls dc;
-    trRenderPixelSampler pc;
-    trRenderSubdivSettings sc;
-    trRenderGISettings gc;
-    bc.CopySettingsFrom(*b);
-    dc.CopySettingsFrom(*d);
-    pc.CopySettingsFrom(*p);
-    sc.CopySettingsFrom(*s);
-    gc.CopySettingsFrom(*g);
-    trBase *copies[] = {&bc, &dc, &pc, &sc, &gc};
+    std::unique_ptr<trBase> const copies[] = {CopyOf<trRenderBucketControls>(n[0]),
+                                              CopyOf<trRenderDeveloperControls>(n[1]),
+                                              CopyOf<trRenderPixelSampler>(n[2]), CopyOf<trRenderSubdivSettings>(n[3]),
+                                              CopyOf<trRenderGISettings>(n[4])};
     for (long c = 0; c < 5; ++c) {
         trBase *original = render->Child(c);
-        trBase *read = render2->Child(c);
         for (long i = 8; i < original->NumParams(); ++i) {
             if (!original->GetParamShouldBeSaved(i) || original->ParamType(i) >= trParamPushButton)
                 continue;
-            char const *n = original->ParamName(i);
-            EXPECT_EQ(Text(*read, n), Text(*original, n)) << n;
-            EXPECT_EQ(Text(*copies[c], n), Text(*original, n)) << "copy " << n;
+            char const *p = original->ParamName(i);
+            EXPECT_EQ(Text(*render2->Child(c), p), Text(*original, p)) << p;
+            EXPECT_EQ(Text(*copies[c], p), Text(*original, p)) << "copy " << p;
         }
     }
 }
 
-TEST_F(Settings, BadValuesInAFileAreReportedNotFatal)
+TEST_F(Settings, BadValuesAndRetiredKeysInAFileAreReportedNotFatal)
 {
-    Messages m;
-    char const *text = "<r><render_pixel_sampler name=\"S\" anti-aliasing=\"abc\" "
-                       "first_sampling_level=\"99\" no_such_param=\"1\"/>"
-                       "<render_GI_settings name=\"G\" GI_cache_blend_mode=\"17\" GI_relative_detail=\"-4\" "
-                       "GI_cache_filename_to_write=\"%s%s%n\"/></r>";
-    ASSERT_TRUE(trBaseXML::ReadBuffer(*NewRender(root, "R"), text, "r"));
+    HostCapture host;
+    ASSERT_TRUE(Load("R", "<r><render_pixel_sampler name=\"S\" anti-aliasing=\"abc\" "
+                          "first_sampling_level=\"99\" no_such_param=\"1\"/>"
+                          "<render_GI_settings name=\"G\" GI_cache_blend_mode=\"17\" GI_relative_detail=\"-4\" "
+                          "GI_cache_filename_to_write=\"%s%s%n\"/></r>"));
     auto *s = static_cast<trRenderPixelSampler *>(root.NodeByPath("/R/S"));
     auto *g = static_cast<trRenderGISettings *>(root.NodeByPath("/R/G"));
     ASSERT_TRUE(s && g);
     EXPECT_EQ(s->antiAliasing, 4); // unparsed: the default stays
     EXPECT_EQ(s->firstSamplingLevel, 99);
     EXPECT_EQ(Text(*s, "min_samples_per_pixel"), "0.0039"); // 16 / 4096, the "other" row
-    bool unknownReported = false;
-    for (auto const &w : m.warnings)
-        unknownReported |= w.find("no_such_param") != std::string::npos;
-    EXPECT_TRUE(unknownReported);
+    EXPECT_TRUE(std::any_of(host.warnings.begin(), host.warnings.end(),
+                            [](std::string const &w) { return w.find("no_such_param") != std::string::npos; }));
     EXPECT_EQ(g->GICacheBlendRange(), 5);
     EXPECT_EQ(int(g->GICacheBlendMode()), 17);
     EXPECT_EQ(g->GI_relative_detail, -4); // as the file says: a load doesn't relink
     EXPECT_DOUBLE_EQ(g->GIAbsoluteDetail(), 2.0);
     long const frame = 3;
-    EXPECT_EQ(std::string(g->GICacheFilenameToWrite(&frame).chars), "%s%s%n");
+    EXPECT_EQ(Str(g->GICacheFilenameToWrite(&frame)), "%s%s%n");
+    // Retired keys of old files: one still read, one always on, with a warning when a file turns it off.
+    host.warnings.clear();
+    EXPECT_EQ(g->SetParamFromString("voxel_scattering_quality", "150", trWhoSystem), 1);
+    EXPECT_DOUBLE_EQ(g->VoxelScatteringQuality(), 150.0);
+    EXPECT_EQ(g->SetParamFromString("optimise_voxel_scattering", "1", trWhoSystem), 0);
+    EXPECT_TRUE(host.warnings.empty());
+    EXPECT_EQ(g->SetParamFromString("optimise_voxel_scattering", "0", trWhoSystem), 0);
+    EXPECT_EQ(host.warnings, std::vector<std::string>{
+                                 "\"Optimise voxel scattering\" is now enabled automatically and cannot be turned off."});
+    EXPECT_TRUE(g->ShouldOptimiseVoxelScattering());
+    EXPECT_EQ(g->SetParamFromString("GI_blur_radius", "0", trWhoSystem), 1);
+    EXPECT_DOUBLE_EQ(g->GIBlurRadius(), 1.0);
 }
 
 } // namespace

@@ -42,33 +42,25 @@ std::vector<LRU *> ListOf(LRU *head, LRU *tail)
 
 } // namespace
 
-TEST(trOctree, PointsOutsideAndBadSizesGiveNull)
+TEST(trOctree, PointsOutsideAndBadSizesGiveNullAndCoarseRequestsStopAbove)
 {
     trOctree<float> root;
     InitRoot(root);
-    int created = -1;
-    EXPECT_EQ(root.GetNode(trVector(8, 1, 1), 1.0, &created), nullptr);  // upper face is outside
-    EXPECT_EQ(created, 0);
-    EXPECT_EQ(root.GetNode(trVector(1, 1, -1e-9), 1.0, nullptr), nullptr);
     double const nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_EQ(root.GetNode(trVector(nan, 1, 1), 1.0, nullptr), nullptr);
-    EXPECT_EQ(root.GetNode(trVector(1, 1, 1), 0.0, nullptr), nullptr);
-    EXPECT_EQ(root.GetNode(trVector(1, 1, 1), -2.0, nullptr), nullptr);
-    EXPECT_EQ(root.GetNode(trVector(1, 1, 1), nan, nullptr), nullptr);
+    // Outside (the upper face is), not a number, or not a positive size.
+    for (auto [P, size] : {std::pair{trVector(8, 1, 1), 1.0}, {trVector(1, 1, -1e-9), 1.0}, {trVector(nan, 1, 1), 1.0},
+                           {trVector(1, 1, 1), 0.0}, {trVector(1, 1, 1), -2.0}, {trVector(1, 1, 1), nan}}) {
+        int created = -1;
+        EXPECT_EQ(root.GetNode(P, size, &created), nullptr) << P.x << " " << P.z << " " << size;
+        EXPECT_EQ(created, 0);
+    }
     EXPECT_FALSE(root.HasBranches());
-    // The lower face is inside.
+    // The lower face is inside. Coarse requests stop at the root or the parent.
     EXPECT_EQ(root.GetNode(trVector(0, 0, 0), 8.0, nullptr), &root);
-}
-
-TEST(trOctree, CoarseRequestsStopAtTheRootOrTheParent)
-{
-    trOctree<double> root;
-    InitRoot(root);
     EXPECT_EQ(root.GetNode(trVector(1, 1, 1), 100.0, nullptr), &root);
     EXPECT_EQ(root.GetNode(trVector(1, 1, 1), 8.0, nullptr), &root);
-    EXPECT_TRUE(root.Resolves(8.0));
-    EXPECT_FALSE(root.Resolves(7.9));
-    trOctree<double> *child = root.GetNode(trVector(1, 1, 1), 4.0, nullptr);
+    EXPECT_TRUE(root.Resolves(8.0) && !root.Resolves(7.9));
+    trOctree<float> *child = root.GetNode(trVector(1, 1, 1), 4.0, nullptr);
     ASSERT_NE(child, nullptr);
     EXPECT_EQ(child->Parent(), &root);
     // Asked of a child, a request twice its size or more gives its parent.
@@ -101,11 +93,7 @@ TEST(trOctree, FindsTheLeafThatHoldsThePoint)
     EXPECT_EQ(created, 8);
     EXPECT_EQ(finer->Parent(), leaf);
     EXPECT_EQ(finer->Corner(), trVector(5.5, 0.5, 3.0));
-    // Depth from the root: 4 levels.
-    int depth = 0;
-    for (trOctree<float> *n = finer; n->Parent(); n = n->Parent())
-        ++depth;
-    EXPECT_EQ(depth, 4);
+    EXPECT_EQ(finer->Parent()->Parent()->Parent()->Parent(), &root);  // four levels down
 }
 
 TEST(trOctree, ChildrenAreNumberedXPlusTwoYPlusFourZ)
@@ -123,36 +111,25 @@ TEST(trOctree, ChildrenAreNumberedXPlusTwoYPlusFourZ)
         EXPECT_EQ(c->Value(), 7);
         EXPECT_EQ(trOctreeOctant(c->Center(), root.Corner(), root.Size()), i);
     }
-    EXPECT_EQ(root.Branch(8), nullptr);
-    EXPECT_EQ(root.Branch(-1), nullptr);
+    EXPECT_TRUE(root.Branch(8) == nullptr && root.Branch(-1) == nullptr);
     // A flat box still finds octants along its non-zero axes.
     EXPECT_EQ(trOctreeOctant(trVector(1, 0, 1), trVector(0, 0, 0), trVector(1, 0, 1)), 5);
 }
 
-TEST(trOctree, CollapseCountsEveryNodeRemoved)
-{
-    trOctree<trFCol> root;
-    InitRoot(root);
-    root.GetNode(trVector(1, 1, 1), 1.0, nullptr);
-    root.GetNode(trVector(7, 7, 7), 1.0, nullptr);  // shares only the root's split
-    EXPECT_EQ(root.Collapse(), 8 + 2 * (8 + 8));
-    EXPECT_FALSE(root.HasBranches());
-    EXPECT_EQ(root.Collapse(), 0);
-}
-
-TEST(trOctree, APoolTakesBlocksBackForReuse)
+TEST(trOctree, CollapseCountsEveryNodeRemovedAndAPoolReusesTheBlocks)
 {
     trOctree<float>::Pool pool(16);
     trOctree<float> root(&pool);
     InitRoot(root);
     root.GetNode(trVector(1, 1, 1), 1.0, nullptr);
-    EXPECT_EQ(pool.NumInUse(), 3u);
-    EXPECT_EQ(root.Collapse(), 24);
-    EXPECT_EQ(pool.NumInUse(), 0u);
-    EXPECT_EQ(pool.NumFree(), 3u);
-    root.GetNode(trVector(6, 6, 6), 1.0, nullptr);
-    EXPECT_EQ(pool.NumItems(), 3u);  // no new blocks
+    root.GetNode(trVector(7, 7, 7), 1.0, nullptr);  // shares only the root's split
+    EXPECT_EQ(pool.NumInUse(), 5u);
+    EXPECT_EQ(root.Collapse(), 8 + 2 * (8 + 8));
+    EXPECT_FALSE(root.HasBranches());
+    EXPECT_EQ(root.Collapse(), 0);
+    EXPECT_TRUE(pool.NumInUse() == 0u && pool.NumFree() == 5u);
     trOctree<float> *leaf = root.GetNode(trVector(6, 6, 6), 1.0, nullptr);
+    EXPECT_EQ(pool.NumItems(), 5u);  // no new blocks
     EXPECT_EQ(leaf->Corner(), trVector(6, 6, 6));
     EXPECT_FALSE(leaf->HasBranches());  // a reused block comes back clean
 }
@@ -202,13 +179,11 @@ TYPED_TEST(trOctreeTyped, BothTreesFindAndCollapse)
     trLRUOctree<TypeParam> *head = nullptr, *tail = nullptr;
     trLRUOctree<TypeParam> *node = lru.LRUGetNode(trVector(3, 3, 3), 2.0, nullptr, head, tail);
     ASSERT_NE(node, nullptr);
-    EXPECT_EQ(head, node);
-    EXPECT_EQ(tail, &lru);
+    EXPECT_TRUE(head == node && tail == &lru);
     int count = -1;
     lru.LRUDelete(head, tail, &count);
     EXPECT_EQ(count, 16);
-    EXPECT_EQ(head, nullptr);
-    EXPECT_EQ(tail, nullptr);
+    EXPECT_TRUE(head == nullptr && tail == nullptr);
 }
 
 TEST(trLRUOctree, UsingALeafMakesItsWholePathRecent)
@@ -217,27 +192,16 @@ TEST(trLRUOctree, UsingALeafMakesItsWholePathRecent)
     InitRoot(root);
     LRU *head = nullptr, *tail = nullptr;
     LRU *a = root.LRUGetNode(trVector(1, 1, 1), 1.0, nullptr, head, tail);
+    LRU *a1 = a->Parent(), *a2 = a1->Parent();
     // Oldest first: the leaf, then each parent, the root newest.
-    std::vector<LRU *> list = ListOf(head, tail);
-    ASSERT_EQ(list.size(), 4u);
-    EXPECT_EQ(list[0], a);
-    EXPECT_EQ(list[1], a->Parent());
-    EXPECT_EQ(list[3], &root);
-
+    EXPECT_EQ(ListOf(head, tail), (std::vector<LRU *>{a, a1, a2, &root}));
     LRU *b = root.LRUGetNode(trVector(7, 7, 7), 1.0, nullptr, head, tail);
-    list = ListOf(head, tail);
-    ASSERT_EQ(list.size(), 7u);
-    // a's parents are older than b's path now; the shared root is newest.
-    EXPECT_EQ(list[0], a);
-    EXPECT_EQ(list[3], b);
-    EXPECT_EQ(list[6], &root);
-    // Using a again puts it back among the newest.
+    LRU *b1 = b->Parent(), *b2 = b1->Parent();
+    // a's path is older than b's now; the shared root is newest.
+    EXPECT_EQ(ListOf(head, tail), (std::vector<LRU *>{a, a1, a2, b, b1, b2, &root}));
+    // Using a again puts its path back among the newest.
     a->LRUUse(head, tail);
-    list = ListOf(head, tail);
-    ASSERT_EQ(list.size(), 7u);
-    EXPECT_EQ(list[0], b);
-    EXPECT_EQ(list[3], a);
-    EXPECT_EQ(list.back(), &root);
+    EXPECT_EQ(ListOf(head, tail), (std::vector<LRU *>{b, b1, b2, a, a1, a2, &root}));
 }
 
 TEST(trLRUOctree, EvictingANodeWithChildrenTakesThemOutOfTheListFirst)
@@ -255,17 +219,15 @@ TEST(trLRUOctree, EvictingANodeWithChildrenTakesThemOutOfTheListFirst)
     EXPECT_EQ(count, 16);  // two blocks below it
     EXPECT_FALSE(mid->HasBranches());
     EXPECT_FALSE(mid->IsInList(head));
-    std::vector<LRU *> list = ListOf(head, tail);
-    ASSERT_EQ(list.size(), 4u);  // other's path and the root
-    EXPECT_EQ(list[0], other);
+    // Other's path and the root are left.
+    EXPECT_EQ(ListOf(head, tail), (std::vector<LRU *>{other, other->Parent(), other->Parent()->Parent(), &root}));
     EXPECT_EQ(pool.NumInUse(), 3u);
     // A leaf gives nothing back, but leaves the list.
     other->LRUDelete(head, tail, &count);
     EXPECT_EQ(count, 0);
     EXPECT_EQ(ListOf(head, tail).size(), 3u);
     root.LRUForget(head, tail);
-    EXPECT_EQ(head, nullptr);
-    EXPECT_EQ(tail, nullptr);
+    EXPECT_TRUE(head == nullptr && tail == nullptr);
 }
 
 TEST(trLRUOctree, ACacheEvictsOldestUnderABudget)
@@ -276,10 +238,12 @@ TEST(trLRUOctree, ACacheEvictsOldestUnderABudget)
     LRU *head = nullptr, *tail = nullptr;
     long nodes = 1;
     long const budget = 200;
+    auto point = [](int i) {
+        return trVector(std::fmod(i * 0.618034, 1.0), std::fmod(i * 0.414214, 1.0), std::fmod(i * 0.732051, 1.0));
+    };
     for (int i = 0; i < 2000; ++i) {
-        trVector const P(std::fmod(i * 0.618034, 1.0), std::fmod(i * 0.414214, 1.0), std::fmod(i * 0.732051, 1.0));
         int created = 0;
-        LRU *n = root.LRUGetNode(P, 1.0 / 16.0, &created, head, tail);
+        LRU *n = root.LRUGetNode(point(i), 1.0 / 16.0, &created, head, tail);
         ASSERT_NE(n, nullptr);
         n->SetValue(float(i));
         nodes += created;
@@ -293,9 +257,7 @@ TEST(trLRUOctree, ACacheEvictsOldestUnderABudget)
     }
     // The newest value is still there.
     int created = -1;
-    LRU *last = root.GetNode(trVector(std::fmod(1999 * 0.618034, 1.0), std::fmod(1999 * 0.414214, 1.0),
-                                      std::fmod(1999 * 0.732051, 1.0)),
-                             1.0 / 16.0, &created);
+    LRU *last = root.GetNode(point(1999), 1.0 / 16.0, &created);
     EXPECT_EQ(created, 0);
     EXPECT_TRUE(last->IsValid());
     EXPECT_EQ(last->Value(), 1999.0f);

@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -53,111 +54,78 @@ void ExpectClosedAndConsistent(trScene &scene)
 
 } // namespace
 
-TEST(trSceneShapes, PlaneHasFourPointsAndTwoTrisFacingEdgeACrossEdgeB)
+TEST(trSceneShapes, PlanesAreCutIntoNearSquaresFacingEdgeACrossEdgeB)
 {
-    trScene scene;
-    scene.Init();
-    trVector const corner(1, 2, 3), a(2, 0, 0), b(0, 0, -3);
-    unsigned long const last = scene.AddPolyPlane(corner, a, b, 0);
-    EXPECT_EQ(last, 2u);
-    ASSERT_EQ(scene.NumPts(), 4u);
-    EXPECT_EQ(scene.GetPPoint(3)->Vec(), corner + a + b);
-    EXPECT_EQ(scene.GetPPoint(4)->Vec(), corner + b);
-    trVector const facing = a.Cross(b);  // (0, 6, 0)
-    for (unsigned long h = 1; h <= 2; ++h)
-        EXPECT_GT(TriCross(scene, h).Dot(facing), 0.0);
-    EXPECT_DOUBLE_EQ(TotalArea(scene), 6.0);
-}
-
-TEST(trSceneShapes, ThinPlaneIsCutIntoNearSquares)
-{
-    trScene scene;
-    scene.Init();
-    // 10 by 1: ten unit squares along the long edge.
-    EXPECT_NE(scene.AddPolyPlane(trVector(), trVector(0, 0, 1), trVector(10, 0, 0), true, 0), 0u);
-    EXPECT_EQ(scene.NumTris(), 20u);
-    EXPECT_EQ(scene.NumPts(), 40u);
-    EXPECT_NEAR(TotalArea(scene), 10.0, 1e-9);
-    // Each tri spans at most one unit along x.
-    for (unsigned long h = 1; h <= scene.NumTris(); ++h) {
-        trTri const &t = *scene.GetPTri(h);
-        double lo = 1e9, hi = -1e9;
-        for (int i = 0; i < 3; ++i) {
-            lo = std::fmin(lo, Corner(scene, t, i).x);
-            hi = std::fmax(hi, Corner(scene, t, i).x);
+    struct Row {
+        trVector a, b;
+        bool cut;
+        unsigned long tris;
+        double area;
+        trVector piece;  // the diagonal of each piece
+    } const rows[] = {
+        {trVector(2, 0, 0), trVector(0, 0, -3), false, 2, 6.0, trVector(2, 0, -3)},
+        {trVector(0, 0, 1), trVector(10, 0, 0), true, 20, 10.0, trVector(1, 0, 1)},  // ten unit squares
+        {trVector(3.4, 0, 0), trVector(0, 1, 0), true, 6, 3.4, trVector(3.4 / 3, 1, 0)},  // 3.4 rounds to 3
+        {trVector(3.4, 0, 0), trVector(0, 1, 0), false, 2, 3.4, trVector(3.4, 1, 0)},
+        {trVector(5, 0, 0), trVector(0, 0, 0), true, 2000, 0.0, trVector(0.005, 0, 0)},  // a zero edge: 1000 strips
+    };
+    for (Row const &r : rows) {
+        SCOPED_TRACE(r.tris);
+        trScene scene;
+        scene.Init();
+        trVector const corner(1, 2, 3);
+        EXPECT_EQ(scene.AddPolyPlane(corner, r.a, r.b, r.cut, 0), r.tris);
+        ASSERT_EQ(scene.NumTris(), r.tris);
+        EXPECT_EQ(scene.NumPts(), 2 * r.tris);
+        EXPECT_NEAR(TotalArea(scene), r.area, 1e-5);
+        // The first piece: its corners in order round it, from `corner`.
+        trVector const p[4] = {scene.GetPPoint(1)->Vec(), scene.GetPPoint(2)->Vec(), scene.GetPPoint(3)->Vec(),
+                               scene.GetPPoint(4)->Vec()};
+        EXPECT_NEAR((p[0] - corner).Length() + (p[2] - corner - r.piece).Length(), 0.0, 1e-5);
+        EXPECT_NEAR((p[1] + p[3] - p[0] - p[2]).Length(), 0.0, 1e-5);
+        for (unsigned long h = 1; h <= r.tris && r.area > 0.0; ++h) {
+            EXPECT_GT(TriCross(scene, h).Dot(r.a.Cross(r.b)), 0.0);
+            trTri const &t = *scene.GetPTri(h);
+            trBoundingBox box(Corner(scene, t, 0), Corner(scene, t, 1));
+            EXPECT_NEAR(box.Union(Corner(scene, t, 2)).Size().Length(), r.piece.Length(), 1e-5);
         }
-        EXPECT_NEAR(hi - lo, 1.0, 1e-6);
     }
-    // 3.4 rounds to 3 pieces; the flag off gives one piece.
-    trScene other;
-    other.Init();
-    other.AddPolyPlane(trVector(), trVector(3.4, 0, 0), trVector(0, 1, 0), true, 0);
-    EXPECT_EQ(other.NumTris(), 6u);
-    other.AddPolyPlane(trVector(), trVector(3.4, 0, 0), trVector(0, 1, 0), false, 0);
-    EXPECT_EQ(other.NumTris(), 8u);
 }
 
-TEST(trSceneShapes, PlaneWithAZeroEdgeCutsIntoAThousandStrips)
-{
-    trScene scene;
-    scene.Init();
-    EXPECT_NE(scene.AddPolyPlane(trVector(), trVector(5, 0, 0), trVector(0, 0, 0), true, 0), 0u);
-    EXPECT_EQ(scene.NumTris(), 2000u);
-    EXPECT_EQ(scene.NumPts(), 4000u);
-    // A plane with a bad material fails as a whole result.
-    std::string err;
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(scene.AddPolyPlane(trVector(), trVector(1, 0, 0), trVector(0, 1, 0), 3), 0u);
-    err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("AddTri: material handle 3"), std::string::npos);
-}
-
-TEST(trSceneShapes, DiscAndRingLieInThePlaneAndFaceTheNormal)
+TEST(trSceneShapes, DiscAndRingLieInThePlaneAndFaceTheNormalACylinderFacesOutward)
 {
     trVector const normals[] = {trVector(0, 1, 0), trVector(0, 0, -2), trVector(1, -1, -1), trVector(-1, 1, 1),
                                 trVector(0.3, 0.4, -0.5)};
     for (trVector const &normal : normals) {
-        trScene scene;
+        trScene scene, ring;
         scene.Init();
+        ring.Init();
         trVector const centre(1, -2, 3);
         trVector const n = normal.Normalized();
         ASSERT_NE(scene.AddPolyDisc(centre, 2.0, 0.0, normal, 0.3, 6, 0), 0u);
-        EXPECT_EQ(scene.NumPts(), 7u);
-        EXPECT_EQ(scene.NumTris(), 6u);
+        ASSERT_NE(ring.AddPolyDisc(centre, 2.0, 1.0, normal, 0.0, 8, 0), 0u);
+        EXPECT_TRUE(scene.NumPts() == 7u && scene.NumTris() == 6u);
+        EXPECT_TRUE(ring.NumPts() == 16u && ring.NumTris() == 16u);
         for (unsigned long p = 2; p <= 7; ++p) {
             trVector const d = scene.GetPPoint(p)->Vec() - centre;
             EXPECT_NEAR(d.Dot(n), 0.0, 1e-5);
             EXPECT_NEAR(d.Length(), 2.0, 1e-5);
         }
-        for (unsigned long h = 1; h <= 6; ++h)
-            EXPECT_GT(TriCross(scene, h).Normalized().Dot(n), 0.999);
-        // A regular hexagon of circumradius 2.
+        for (trScene *s : {&scene, &ring})
+            for (unsigned long h = 1; h <= s->NumTris(); ++h)
+                EXPECT_GT(TriCross(*s, h).Normalized().Dot(n), 0.999);
+        // A regular hexagon of circumradius 2; octagons of radius 2 less 1: 2 sqrt 2 (4 - 1).
         EXPECT_NEAR(TotalArea(scene), 1.5 * std::sqrt(3.0) * 4.0, 1e-4);
-
-        trScene ring;
-        ring.Init();
-        ASSERT_NE(ring.AddPolyDisc(centre, 2.0, 1.0, normal, 0.0, 8, 0), 0u);
-        EXPECT_EQ(ring.NumPts(), 16u);
-        EXPECT_EQ(ring.NumTris(), 16u);
-        for (unsigned long h = 1; h <= 16; ++h)
-            EXPECT_GT(TriCross(ring, h).Normalized().Dot(n), 0.999);
-        // Octagon of radius 2 less octagon of radius 1: 2 sqrt 2 (4 - 1).
         EXPECT_NEAR(TotalArea(ring), 2.0 * std::sqrt(2.0) * 3.0, 1e-4);
     }
-}
-
-TEST(trSceneShapes, CylinderFacesOutward)
-{
+    // A cylinder faces outward.
     trScene scene;
     scene.Init();
-    trVector const centre(0, 0, 0), axis(0, 0, 1);
-    ASSERT_NE(scene.AddPolyCylinder(centre, 1.5, 4.0, axis, 0.0, 12, 0), 0u);
-    EXPECT_EQ(scene.NumPts(), 24u);
-    EXPECT_EQ(scene.NumTris(), 24u);
+    ASSERT_NE(scene.AddPolyCylinder(trVector(0, 0, 0), 1.5, 4.0, trVector(0, 0, 1), 0.0, 12, 0), 0u);
+    EXPECT_TRUE(scene.NumPts() == 24u && scene.NumTris() == 24u);
     for (unsigned long h = 1; h <= scene.NumTris(); ++h) {
-        trVector c = Centroid(scene, h);
-        trVector const outward(c.x, c.y, 0.0);
-        EXPECT_GT(TriCross(scene, h).Dot(outward), 0.0);
+        trVector const c = Centroid(scene, h);
+        EXPECT_GT(TriCross(scene, h).Dot(trVector(c.x, c.y, 0.0)), 0.0);
         EXPECT_NEAR(TriCross(scene, h).z, 0.0, 1e-5);
     }
     trBoundingBox const box = scene.BoundingBox();
@@ -165,19 +133,28 @@ TEST(trSceneShapes, CylinderFacesOutward)
     EXPECT_NEAR(box.hi.z, 4.0, 1e-6);
 }
 
-TEST(trSceneShapes, RingsRefuseTooFewSegments)
+TEST(trSceneShapes, BadShapesAddNothingAndSaySo)
 {
     trScene scene;
     scene.Init();
+    trVector const o, y(0, 1, 0), one(1, 1, 1);
+    std::vector<unsigned long> last;
     testing::internal::CaptureStderr();
-    EXPECT_EQ(scene.AddPolyDisc(trVector(), 1.0, 0.0, trVector(0, 1, 0), 0.0, 2, 0), 0u);
-    EXPECT_EQ(scene.AddPolyCylinder(trVector(), 1.0, 1.0, trVector(0, 1, 0), 0.0, -5, 0), 0u);
-    EXPECT_EQ(scene.AddPolyDisc(trVector(), std::nan(""), 0.0, trVector(0, 1, 0), 0.0, 8, 0), 0u);
+    last = {scene.AddPolyDisc(o, 1.0, 0.0, y, 0.0, 2, 0), scene.AddPolyCylinder(o, 1.0, 1.0, y, 0.0, -5, 0),
+            scene.AddPolyDisc(o, std::nan(""), 0.0, y, 0.0, 8, 0), scene.AddPolySphere(o, one, 1, 8, 0),
+            scene.AddPolySphere(o, one, 8, 1, 0), scene.AddPolySphere(o, one, 100000, 100000, 0),
+            // A plane with a bad material fails as a whole result, after its points.
+            scene.AddPolyPlane(o, trVector(1, 0, 0), y, 3)};
     std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("ERROR: AddPolyDisc: the segment count must be from 3"), std::string::npos) << err;
-    EXPECT_NE(err.find("ERROR: AddPolyCylinder: the segment count must be from 3"), std::string::npos) << err;
-    EXPECT_NE(err.find("ERROR: AddPolyDisc: arguments must be finite numbers"), std::string::npos) << err;
-    EXPECT_EQ(scene.NumPts(), 0u);
+    EXPECT_EQ(last, std::vector<unsigned long>(7, 0));
+    for (char const *message : {"ERROR: AddPolyDisc: the segment count must be from 3",
+                                "ERROR: AddPolyCylinder: the segment count must be from 3",
+                                "ERROR: AddPolyDisc: arguments must be finite numbers",
+                                "AddPolySphere: Not enough memory to allocate list of point handles",
+                                "AddTri: material handle 3"})
+        EXPECT_NE(err.find(message), std::string::npos) << message << " in " << err;
+    EXPECT_EQ(scene.NumPts(), 4u);
+    EXPECT_EQ(scene.NumTris() + scene.NumNormals() + scene.NumTexVerts(), 0u);
 }
 
 TEST(trSceneShapes, SphereIsClosedOutwardAndCountedAsStated)
@@ -198,68 +175,46 @@ TEST(trSceneShapes, SphereIsClosedOutwardAndCountedAsStated)
     for (unsigned long p = 1; p <= scene.NumPts(); ++p) {
         trVector const d = scene.GetPPoint(p)->Vec() - centre;
         EXPECT_NEAR(d.Length(), 1.0, 1e-6);
-        trVector const n = scene.GetPNormal(p)->Vec();
-        EXPECT_NEAR(n.Dot(d), 1.0, 1e-5);  // the unit vector from the centre
+        EXPECT_NEAR(scene.GetPNormal(p)->Vec().Dot(d), 1.0, 1e-5);  // the unit vector from the centre
     }
     for (unsigned long h = 1; h <= scene.NumTris(); ++h) {
         EXPECT_GT(TriCross(scene, h).Dot(Centroid(scene, h) - centre), 0.0) << h;
         trTri const &t = *scene.GetPTri(h);
         ASSERT_TRUE(t.HasNormals() && t.HasTexVerts());
         for (int i = 0; i < 3; ++i) {
-            // Normals sit beside points; u falls across, v falls from top to bottom.
+            // Normals sit beside points; v = 1 - latitude / pi, u = 1 - longitude / 2 pi
+            // (either end at the seam).
             EXPECT_EQ(t.normals[i], t.pts[i]);
             trVector const uv = scene.GetPTexVert(t.texVerts[i])->Vec();
-            // v = 1 - latitude / pi, u = 1 - longitude / 2 pi (either end at the seam).
             trVector const d = scene.GetPPoint(t.pts[i])->Vec() - centre;
             EXPECT_NEAR(uv.y, 1.0 - std::acos(std::fmax(-1.0, std::fmin(1.0, d.y))) / M_PI, 1e-5);
             if (std::fabs(d.y) < 0.999) {
-                double lon = std::atan2(d.z, d.x);
-                if (lon < 0.0)
-                    lon += 2.0 * M_PI;
+                double const lon = std::atan2(d.z, d.x) + (d.z < 0.0 ? 2.0 * M_PI : 0.0);
                 double const off = std::fabs(uv.x - (1.0 - lon / (2.0 * M_PI)));
                 EXPECT_TRUE(off < 1e-5 || std::fabs(off - 1.0) < 1e-5) << uv.x << " at " << lon;
             }
         }
     }
-    // The top fan's texture row is v = 1, the bottom fan's v = 0.
+    // The top fan's texture row is v = 1.
     EXPECT_FLOAT_EQ(scene.GetPTexVert(scene.GetPTri(1)->texVerts[0])->y, 1.0f);
     ExpectClosedAndConsistent(scene);
 }
 
 TEST(trSceneShapes, EllipsoidAboutAnotherAxis)
 {
-    trScene scene;
+    trScene scene, tilted;
     scene.Init();
+    tilted.Init();
     // Semi-axes along the frame's x, axis and z; with the axis along y this is the world frame.
     ASSERT_NE(scene.AddPolySphere(trVector(), trVector(1, 2, 3), trVector(0, 1, 0), 0.0, 16, 8, false, false, 0), 0u);
-    trBoundingBox box = scene.BoundingBox();
-    EXPECT_NEAR(box.hi.y, 2.0, 1e-6);
-    EXPECT_NEAR(box.hi.x, 1.0, 1e-6);
-    EXPECT_NEAR(box.hi.z, 3.0, 1e-6);
-    EXPECT_EQ(scene.NumNormals(), 0u);
-    EXPECT_EQ(scene.NumTexVerts(), 0u);
+    trBoundingBox const box = scene.BoundingBox();
+    EXPECT_NEAR((box.hi - trVector(1, 2, 3)).Length(), 0.0, 1e-6);
+    EXPECT_EQ(scene.NumNormals() + scene.NumTexVerts(), 0u);
     ExpectClosedAndConsistent(scene);
 
-    trScene tilted;
-    tilted.Init();
     ASSERT_NE(tilted.AddPolySphere(trVector(), trVector(1, 1, 1), trVector(1, 0, 0), 0.5, 6, 3, true, false, 0), 0u);
     EXPECT_NEAR(tilted.GetPPoint(1)->x, 1.0, 1e-6);  // the top pole lies along the axis
     ExpectClosedAndConsistent(tilted);
     for (unsigned long h = 1; h <= tilted.NumTris(); ++h)
         EXPECT_GT(TriCross(tilted, h).Dot(Centroid(tilted, h)), 0.0);
-}
-
-TEST(trSceneShapes, SphereWithTooFewSegmentsOrRingsAddsNothing)
-{
-    trScene scene;
-    scene.Init();
-    EXPECT_EQ(scene.AddPolySphere(trVector(), trVector(1, 1, 1), 1, 8, 0), 0u);
-    EXPECT_EQ(scene.AddPolySphere(trVector(), trVector(1, 1, 1), 8, 1, 0), 0u);
-    EXPECT_EQ(scene.NumPts() + scene.NumTris() + scene.NumNormals() + scene.NumTexVerts(), 0u);
-    // Too many points to list gives the stated message.
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(scene.AddPolySphere(trVector(), trVector(1, 1, 1), 100000, 100000, 0), 0u);
-    std::string const err = testing::internal::GetCapturedStderr();
-    EXPECT_NE(err.find("AddPolySphere: Not enough memory to allocate list of point handles"), std::string::npos);
-    EXPECT_EQ(scene.NumPts(), 0u);
 }

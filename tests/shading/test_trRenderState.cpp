@@ -1,6 +1,6 @@
 #include "foundation/trCores.h"
-#include "foundation/trMessages.h"
 #include "foundation/trRand.h"
+#include "nodes/test_trBaseSupport.h"
 #include "render/trBucketRender.h"
 #include "render/trRender.h"
 #include "render/trRenderTarget.h"
@@ -21,55 +21,38 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace {
 
-// The errors sent to the host while alive.
-class ErrorCapture {
-public:
-    ErrorCapture() : oldError(trCallBackError), oldDlg(trDoDlgBoxes)
-    {
-        Current() = this;
-        trCallBackError = [](char const *text, trErrorWarningData *) { Current()->errors.push_back(text); };
-        trDoDlgBoxes = 1;
-    }
-    ~ErrorCapture()
-    {
-        trCallBackError = oldError;
-        trDoDlgBoxes = oldDlg;
-        Current() = nullptr;
-    }
-    std::vector<std::string> errors;
-
-private:
-    static ErrorCapture *&Current()
-    {
-        static ErrorCapture *current = nullptr;
-        return current;
-    }
-    trMessageCallBack oldError;
-    int oldDlg;
-};
-
 int FramesOn(unsigned thread) { return trThreadRecord(thread).frames.Size(); }
 
 void ExpectCol(trFCol const &a, trFCol const &b, char const *what)
 {
-    EXPECT_NEAR(a.r, b.r, 1e-6f) << what;
-    EXPECT_NEAR(a.g, b.g, 1e-6f) << what;
-    EXPECT_NEAR(a.b, b.b, 1e-6f) << what;
+    EXPECT_LT(std::fabs(a.r - b.r) + std::fabs(a.g - b.g) + std::fabs(a.b - b.b), 3e-6f)
+        << what << ": " << a.r << " " << a.g << " " << a.b << " against " << b.r << " " << b.g << " " << b.b;
 }
 
-struct Flags {
-    bool frame, sky, rays, rand, lights, slot, lightCaches;
-    bool operator==(Flags const &) const = default;
-};
-Flags FlagsOf(trRenderState const &s)
+// What a backup brings back, as text.
+std::string Saved(trRenderState const &s)
 {
-    return {s.ownsFrame, s.ownsSkyCache, s.ownsRayCaches, s.ownsRand, s.ownsLightStates, s.ownsThreadSlot,
-            s.ownsLightCaches};
+    std::ostringstream out;
+    out << "frames " << FramesOn(s.Thread) << " P " << s.P.x << "," << s.P.y << "," << s.P.z << " light depth "
+        << s.LightDepth << " ray depth " << s.RayRecursionDepth() << " lobes " << s.frame->Bsdf.Lobes.size()
+        << " smooth " << s.SmoothSize() << " t " << trThreadRecord(s.Thread).intersection.t;
+    return out.str();
+}
+
+// What a state owns: frame, sky cache, ray caches, rand, light states, thread slot, light caches.
+std::string Owns(trRenderState const &s)
+{
+    std::string owns;
+    for (bool b : {s.ownsFrame, s.ownsSkyCache, s.ownsRayCaches, s.ownsRand, s.ownsLightStates, s.ownsThreadSlot,
+                   s.ownsLightCaches})
+        owns += b ? '1' : '0';
+    return owns;
 }
 
 }  // namespace
@@ -79,18 +62,17 @@ TEST(trRenderState, NestedBackupsRestoreStateFrameFlagsAndStackDepth)
     trRenderState state(nullptr, nullptr);
     ASSERT_NE(state.frame, nullptr);
     EXPECT_EQ(state.rootState, &state);
-    EXPECT_EQ(&state.ShadingInterface().RenderState(), &state);
     trRenderStateFrame *const ownFrame = state.frame;
-    Flags const flags = FlagsOf(state);
+    std::string const owns = Owns(state);
     int const depth0 = FramesOn(state.Thread);
     state.P = trVector(1, 2, 3);
     state.frame->Bsdf.Lobes.resize(2);
     trThreadRecord(state.Thread).intersection.t = 0.25;
-
+    std::string const before = Saved(state);
     {
         trScopedStateBackup outer(state);
         EXPECT_EQ(FramesOn(state.Thread), depth0 + 1);
-        EXPECT_EQ(FlagsOf(outer.Backup()), (Flags{true, false, false, false, false, false, false}));
+        EXPECT_EQ(Owns(outer.Backup()), "1000000");
         EXPECT_EQ(&outer.Backup().ShadingInterface().RenderState(), &outer.Backup());
         EXPECT_EQ(outer.Backup().frame->Bsdf.Lobes.size(), 2u) << "the lobes are deep-copied";
         state.P = trVector(4, 5, 6);
@@ -98,6 +80,7 @@ TEST(trRenderState, NestedBackupsRestoreStateFrameFlagsAndStackDepth)
         state.frame->RayRecursionDepth = 2;
         state.frame->Bsdf.Lobes.clear();
         trThreadRecord(state.Thread).intersection.t = 0.5;
+        std::string const changed = Saved(state);
         {
             trScopedStateBackup inner(state);
             EXPECT_EQ(FramesOn(state.Thread), depth0 + 2);
@@ -105,27 +88,17 @@ TEST(trRenderState, NestedBackupsRestoreStateFrameFlagsAndStackDepth)
             state.frame->RayRecursionDepth = 3;
             trThreadRecord(state.Thread).intersection.t = 0.75;
         }
-        EXPECT_EQ(FramesOn(state.Thread), depth0 + 1);
-        EXPECT_EQ(state.P, trVector(4, 5, 6));
-        EXPECT_EQ(state.RayRecursionDepth(), 2);
-        EXPECT_EQ(trThreadRecord(state.Thread).intersection.t, 0.5);
-
+        EXPECT_EQ(Saved(state), changed);
         // A restore by hand, after which the guard does nothing more.
         trScopedStateBackup byHand(state);
         state.P = trVector();
         byHand.Restore();
-        EXPECT_EQ(state.P, trVector(4, 5, 6));
-        EXPECT_EQ(FramesOn(state.Thread), depth0 + 1);
+        EXPECT_EQ(Saved(state), changed);
     }
-    EXPECT_EQ(FramesOn(state.Thread), depth0);
-    EXPECT_EQ(state.P, trVector(1, 2, 3));
-    EXPECT_EQ(state.LightDepth, 1);
-    EXPECT_EQ(state.RayRecursionDepth(), 1);
+    EXPECT_EQ(Saved(state), before);
     EXPECT_EQ(state.frame, ownFrame);
-    EXPECT_EQ(state.frame->Bsdf.Lobes.size(), 2u);
-    EXPECT_EQ(FlagsOf(state), flags);
+    EXPECT_EQ(Owns(state), owns);
     EXPECT_EQ(&state.ShadingInterface().RenderState(), &state);
-    EXPECT_EQ(trThreadRecord(state.Thread).intersection.t, 0.25);
 }
 
 TEST(trRenderState, AssignmentCopiesFrameContentAndKeepsFramePointerAndOwnership)
@@ -136,23 +109,20 @@ TEST(trRenderState, AssignmentCopiesFrameContentAndKeepsFramePointerAndOwnership
     backup.frame->SmoothSize = 0.5;
     backup.frame->Bsdf.Lobes.resize(3);
     trRenderStateFrame *const frame = state.frame;
-    Flags const flags = FlagsOf(state);
+    std::string const owns = Owns(state);
 
     state = backup;
     EXPECT_EQ(state.frame, frame);
     EXPECT_NE(state.frame, backup.frame);
-    EXPECT_EQ(state.SmoothSize(), 0.5);
-    EXPECT_EQ(state.frame->Bsdf.Lobes.size(), 3u);
-    EXPECT_EQ(state.P, trVector(1, 0, 0));
-    EXPECT_EQ(FlagsOf(state), flags);
+    EXPECT_EQ(Saved(state), Saved(backup));
+    EXPECT_EQ(Owns(state), owns);
     EXPECT_EQ(&state.RenderingInterface().RenderState(), &state);
-
     // The other way round a backup stays a backup.
     backup = state;
-    EXPECT_EQ(FlagsOf(backup), (Flags{true, false, false, false, false, false, false}));
+    EXPECT_EQ(Owns(backup), "1000000");
 }
 
-TEST(trRenderState, ForkMovesToItsOwnSlotAndSharesOnlyTheLightCaches)
+TEST(trRenderState, ForkMovesToItsOwnSlotAndSharesOnlyTheLightCachesUntilSlotsRunOut)
 {
     trScene scene;
     scene.Init();
@@ -173,76 +143,73 @@ TEST(trRenderState, ForkMovesToItsOwnSlotAndSharesOnlyTheLightCaches)
     EXPECT_EQ(FramesOn(fork->Thread), 1);
     EXPECT_EQ(fork->frame, trThreadRecord(fork->Thread).frames.Top());
     EXPECT_EQ(fork->SmoothSize(), 0.125);
-    EXPECT_EQ(FlagsOf(*fork), (Flags{true, false, true, true, true, true, false}));
-    EXPECT_NE(fork->rand, root.rand);
-    EXPECT_NE(fork->rayCaches, root.rayCaches);
+    EXPECT_EQ(Owns(*fork), "1011110");
+    EXPECT_TRUE(fork->rand != root.rand && fork->rayCaches != root.rayCaches && fork->LightStates != root.LightStates);
     EXPECT_TRUE(fork->rayCaches->SubdivCache.Active);
-    EXPECT_NE(fork->LightStates, root.LightStates);
     EXPECT_EQ(fork->LightStates[0].PState(), fork.get());
-    EXPECT_EQ(fork->skyCache, root.skyCache);
-    EXPECT_EQ(fork->sharedLightOctree, root.sharedLightOctree);
-    EXPECT_EQ(fork->lightOctreeCaches, root.lightOctreeCaches);
-    EXPECT_EQ(fork->diffuseGiOctrees, root.diffuseGiOctrees);
+    EXPECT_TRUE(fork->skyCache == root.skyCache && fork->sharedLightOctree == root.sharedLightOctree &&
+                fork->lightOctreeCaches == root.lightOctreeCaches && fork->diffuseGiOctrees == root.diffuseGiOctrees)
+        << "the light caches are shared";
     EXPECT_EQ(fork->rootState, &root);
-
     // The slot and the frame go back with the fork.
     unsigned const forkThread = fork->Thread;
     int const freeBefore = trRenderState::NumFreeThreadSlots();
     fork.reset();
     EXPECT_EQ(trRenderState::NumFreeThreadSlots(), freeBefore + 1);
     EXPECT_EQ(FramesOn(forkThread), 0);
-}
-
-TEST(trRenderState, MoreStatesThanSlotsShareSlotZeroWithAMessage)
-{
-    // Hold every free slot without making states for them.
+    // Hold every free slot without making states for them: more states than slots
+    // share slot 0, with a message.
     std::vector<unsigned> held;
     for (int n = trRenderState::NumFreeThreadSlots(); n > 0; --n)
         held.push_back(trRenderState::TakeThreadSlot());
     ASSERT_EQ(trRenderState::NumFreeThreadSlots(), 0);
     {
-        ErrorCapture capture;
+        HostCapture capture;
         trRenderState excess(nullptr, nullptr);
         EXPECT_EQ(excess.Thread, 0u);
         EXPECT_FALSE(excess.ownsThreadSlot);
-        ASSERT_EQ(capture.errors.size(), 1u);
-        EXPECT_EQ(capture.errors[0], "Please report the following error to Marrowvane Software: Exceeded maximum "
-                                     "thread count in this session.");
+        EXPECT_EQ(capture.errors, std::vector<std::string>{"Please report the following error to Marrowvane "
+                                                           "Software: Exceeded maximum thread count in this session."});
     }
     EXPECT_EQ(trRenderState::NumFreeThreadSlots(), 0) << "a shared slot isn't freed by the state that shares it";
     for (unsigned slot : held)
         trRenderState::ReleaseThreadSlot(slot);
 }
 
-TEST(trScopedStateBackup, DepthOutOfRangeIsReportedClampedAndTheRayGoesOn)
+TEST(trScopedStateBackup, DepthOutOfRangeAndAFullFrameStackAreReportedAndTheRayGoesOn)
 {
     trRenderState state(nullptr, nullptr);
     struct Case {
         int depth;
         int stored;
         char const *message;
-    } const cases[] = {
-        {16, 15, "trScopedStateBackup: state->RayRecursionDepth() exceeded limit"},
-        {-1, 0, "trScopedStateBackup: state->RayRecursionDepth() < 0"},
-        {15, 15, nullptr},
-        {0, 0, nullptr},
-    };
+    } const cases[] = {{16, 15, "trScopedStateBackup: state->RayRecursionDepth() exceeded limit"},
+                       {-1, 0, "trScopedStateBackup: state->RayRecursionDepth() < 0"},
+                       {15, 15, nullptr}, {0, 0, nullptr}};
     for (Case const &c : cases) {
         state.frame->RayRecursionDepth = c.depth;
-        ErrorCapture capture;
+        HostCapture capture;
         {
             trScopedStateBackup backup(state);
             EXPECT_EQ(backup.Depth(), c.stored) << c.depth;
             state.frame->RayRecursionDepth = 99;
         }
         EXPECT_EQ(state.RayRecursionDepth(), c.depth) << "restored";
-        if (c.message) {
-            ASSERT_EQ(capture.errors.size(), 1u) << c.depth;
-            EXPECT_EQ(capture.errors[0], c.message);
-        } else {
-            EXPECT_TRUE(capture.errors.empty()) << c.depth;
-        }
+        EXPECT_EQ(capture.errors, c.message ? std::vector<std::string>{c.message} : std::vector<std::string>{});
     }
+    // A full frame stack: the next backup has no frame, says so, and restores without one.
+    std::vector<std::unique_ptr<trRenderState>> held;
+    while (FramesOn(state.Thread) < trThreadRenderRecord::kNumFrames)
+        held.push_back(std::make_unique<trRenderState>(state));
+    HostCapture capture;
+    {
+        trScopedStateBackup overflow(state);
+        EXPECT_EQ(overflow.Backup().frame, nullptr);
+        state.P = trVector(1, 1, 1);
+    }
+    EXPECT_EQ(state.P, trVector());
+    EXPECT_EQ(capture.errors.size(), 1u);
+    EXPECT_EQ(FramesOn(state.Thread), trThreadRenderRecord::kNumFrames);
 }
 
 TEST(trRenderState, FractalModifiersResetOnlyWithAFrame)
@@ -258,20 +225,6 @@ TEST(trRenderState, FractalModifiersResetOnlyWithAFrame)
     backup.Discard(false);
     ASSERT_EQ(backup.frame, nullptr);
     backup.ResetFractalModifiers();  // nothing to reset, and no crash
-
-    // A full frame stack: the next backup has no frame, says so, and restores without one.
-    std::vector<std::unique_ptr<trRenderState>> held;
-    while (FramesOn(state.Thread) < trThreadRenderRecord::kNumFrames)
-        held.push_back(std::make_unique<trRenderState>(state));
-    ErrorCapture capture;
-    {
-        trScopedStateBackup overflow(state);
-        EXPECT_EQ(overflow.Backup().frame, nullptr);
-        state.P = trVector(1, 1, 1);
-    }
-    EXPECT_EQ(state.P, trVector());
-    EXPECT_EQ(capture.errors.size(), 1u);
-    EXPECT_EQ(FramesOn(state.Thread), trThreadRenderRecord::kNumFrames);
 }
 
 TEST(trRenderState, OutputsComposeThroughTheVolumesInFront)
@@ -285,15 +238,9 @@ TEST(trRenderState, OutputsComposeThroughTheVolumesInFront)
     for (int trial = 0; trial < 20; ++trial) {
         auto col = [&] { return trFCol(rand.Float(), rand.Float(), rand.Float()); };
         s.SetCoSurf(col(), col(), col(), col(), col());
-        s.Co_atmoDirect = col();
-        s.Co_atmoIndirect = col();
-        s.Co_cloudDirect = col();
-        s.Co_cloudIndirect = col();
-        s.Oo_surf = col();
-        s.Oo_volume = col();
-        s.Ao_surf = col();
-        s.Ao_atmo = col();
-        s.Ao_cloud = col();
+        for (trFCol *c : {&s.Co_atmoDirect, &s.Co_atmoIndirect, &s.Co_cloudDirect, &s.Co_cloudIndirect, &s.Oo_surf,
+                          &s.Oo_volume, &s.Ao_surf, &s.Ao_atmo, &s.Ao_cloud})
+            *c = col();
         trFCol const through = trFCol(1, 1, 1) - s.Oo_volume;
 
         ExpectCol(s.Oo_all(), trFCol(1, 1, 1) - (trFCol(1, 1, 1) - s.Oo_surf) * through, "Oo_all");
@@ -321,8 +268,7 @@ TEST(trRenderState, PixelSizeAndSpotSizeFromTheMainView)
     trRenderTarget target;
     target.view = &view;
     trRenderState s(nullptr, &target);
-    EXPECT_EQ(s.RootEye, view.Pos);
-    EXPECT_EQ(s.PMainView(), &view);
+    EXPECT_TRUE(s.RootEye == view.Pos && s.PMainView() == &view);
 
     EXPECT_DOUBLE_EQ(s.PixelSize(trVector(0, 0, 0)), 0.1) << "10 units away, 100 pixels per unit";
     s.RayFootprint = 0.01;
@@ -334,9 +280,7 @@ TEST(trRenderState, PixelSizeAndSpotSizeFromTheMainView)
 
     view.ScaleX = 0.0;
     s.ViewProjection = 0;
-    double const size = s.PixelSize(trVector(0, 0, 0));
-    EXPECT_TRUE(std::isfinite(size));
-    EXPECT_DOUBLE_EQ(size, 10.0 / 1e-6);
+    EXPECT_DOUBLE_EQ(s.PixelSize(trVector(0, 0, 0)), 10.0 / 1e-6);
     view.ScaleY = -1e-20;
     EXPECT_TRUE(std::isfinite(s.PixelSize(trVector(0, 0, 0))));
 }
@@ -357,16 +301,13 @@ TEST(trRenderState, GIPrepassRaysAreDeepRaysWithALowFactor)
     }
 }
 
-TEST(trRenderState, RayIdentitiesOfThreadsStart65536Apart)
+TEST(trRenderState, PerThreadTablesCoverEveryThreadSlot)
 {
+    // Ray identities of threads start 65536 apart.
     for (unsigned i : {0u, 1u, 200u, 255u})
         EXPECT_EQ(trRayIdentities()[i], (i << 16) + 1);
     trRayIdentities ids;
     EXPECT_EQ(&ids[256], &ids[0]) << "threads past the table wrap instead of writing past it";
-}
-
-TEST(trRenderState, PerThreadLookupFlagsHaveARowForEveryThreadSlot)
-{
     // A render thread indexes these by its slot: a short table would be written past.
     for (std::vector<char> const *flags :
          {&trVoxelLightingSystem::sIsDuringLookup, &trVoxelScatterModelA::sIsDuringLookup}) {
@@ -379,8 +320,7 @@ TEST(trRenderState, InitCountsPlainAndEnviroLightsAndMakesTheLightCaches)
 {
     trScene scene;
     scene.Init();
-    trLight plain;
-    trLight sky;
+    trLight plain, sky;
     sky.IsEnviroLight = true;
     trLight diffuseOnly = sky;
     diffuseOnly.ColInAtmosphere = trFCol();
@@ -394,10 +334,9 @@ TEST(trRenderState, InitCountsPlainAndEnviroLightsAndMakesTheLightCaches)
     render.scene = &scene;
     trRenderState s(&render, nullptr);
     ASSERT_EQ(s.Init(false), 1);
-    EXPECT_EQ(s.numLightStates, 5);
-    EXPECT_EQ(s.numPlainLights, 2);
-    EXPECT_EQ(s.numEnviroLightsDiffuse, 2);
-    EXPECT_EQ(s.numEnviroLightsSpecular, 1);
+    // All, plain, enviro lights with diffuse light, enviro lights with specular light.
+    EXPECT_EQ((std::vector{s.numLightStates, s.numPlainLights, s.numEnviroLightsDiffuse, s.numEnviroLightsSpecular}),
+              (std::vector{5, 2, 2, 1}));
     EXPECT_EQ(s.LightStates[3].PLight(), scene.GetPLight(4)) << "in the scene's order";
     ASSERT_EQ(s.lightOctreeCaches->size(), 5u);
     EXPECT_DOUBLE_EQ((*s.lightOctreeCaches)[0]->Weight, 0.2);
@@ -406,18 +345,14 @@ TEST(trRenderState, InitCountsPlainAndEnviroLightsAndMakesTheLightCaches)
     ASSERT_EQ(s.glossyGiOctrees->size(), 1u);
     EXPECT_EQ((*s.glossyGiOctrees)[0]->threshold, 0.1);
     EXPECT_FALSE(s.rayCaches->SubdivCache.Active) << "Init(false) leaves the ray caches alone";
-
     // A second Init is a no-op until a new state is made.
     scene.AddLight(plain);
     EXPECT_EQ(s.Init(true), 1);
     EXPECT_EQ(s.numLightStates, 5);
-
     // Without a render: no lights, and still the caches.
     trRenderState bare(nullptr, nullptr);
     ASSERT_EQ(bare.Init(true), 1);
-    EXPECT_EQ(bare.numLightStates, 0);
-    EXPECT_EQ(bare.LightStates, nullptr);
-    EXPECT_NE(bare.sharedLightOctree, nullptr);
+    EXPECT_TRUE(bare.numLightStates == 0 && bare.LightStates == nullptr && bare.sharedLightOctree != nullptr);
     EXPECT_EQ(bare.RenderContext(), 0);
     EXPECT_FALSE(bare.IsPausingOrAborting());
 }
@@ -439,12 +374,10 @@ TEST(trRenderState, BucketLinksPausingAndTriangles)
     EXPECT_EQ(s.PushTri(false, trVector(0, 0, 0), trVector(2, 0, 0), trVector(0, 2, 0), nullptr, 3), 1);
     ASSERT_EQ(bucket.NumStackTrisPending(), 1);
     trRenderTri *tri = bucket.PopPTri();
-    EXPECT_EQ(tri->P[1], trVector(2, 0, 0));
-    EXPECT_EQ(tri->Ng[0], trVector(0, 0, 1));
-    EXPECT_EQ(tri->Root.Material, 3);
+    EXPECT_TRUE(tri->P[1] == trVector(2, 0, 0) && tri->Ng[0] == trVector(0, 0, 1) && tri->Root.Material == 3);
 }
 
-TEST(trRenderState, VoxelLightingInstanceFromTheRenderSettingsMadeOnce)
+TEST(trRenderState, VoxelLightingInstanceAndSplitLengthFromTheRenderSettings)
 {
     trRender render;
     render.cloudGIMaxRayDepth = 5;
@@ -458,12 +391,7 @@ TEST(trRenderState, VoxelLightingInstanceFromTheRenderSettingsMadeOnce)
     EXPECT_EQ(trVoxelLightingSystem::Instance::SamplesPerSideForQuality(-3), 3);
     EXPECT_EQ(trVoxelLightingSystem::Instance::SamplesPerSideForQuality(8), 45) << "sqrt(2048) = 45.25";
     EXPECT_GT(trVoxelLightingSystem::Instance::SamplesPerSideForQuality(1000), 0);
-}
-
-TEST(trRenderState, SplitLengthFollowsTheStabilisedRayDetail)
-{
-    trRender render;
-    trRenderState s(&render, nullptr);
+    // The split length follows the stabilised ray detail.
     s.MicroCorners[0] = trVector(0, 0, 0);
     s.MicroCorners[1] = trVector(3, 0, 0);  // edge 0-1: 9 squared
     s.MicroCorners[2] = trVector(3, 4, 0);  // edge 1-2: 16 squared; edge 2-0: 5, not squared
@@ -476,7 +404,6 @@ TEST(trRenderState, SplitLengthFollowsTheStabilisedRayDetail)
     s.RayDetailMultiplier = 0.5;
     s.InitSplitLengthFromStatePp();
     EXPECT_DOUBLE_EQ(s.SplitLength, 3 / 0.5 * 4.0);
-
     // Short edges: the unsquared edge 2-0 (sqrt 0.05) outweighs the squared ones.
     s.MicroCorners[1] = trVector(0.1, 0, 0);
     s.MicroCorners[2] = trVector(0.1, 0.2, 0);
