@@ -23,6 +23,7 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -174,6 +175,42 @@ TEST(trRenderState, ForkMovesToItsOwnSlotAndSharesOnlyTheLightCachesUntilSlotsRu
     EXPECT_EQ(trRenderState::NumFreeThreadSlots(), 0) << "a shared slot isn't freed by the state that shares it";
     for (unsigned slot : held)
         trRenderState::ReleaseThreadSlot(slot);
+}
+
+TEST(trRenderState, ForkedStatesRunOnTheirThreadsAtOnce)
+{
+    // The render forks one state per worker on the host's thread, then every worker
+    // traces on its own at the same time: distinct slots, and nested backups on one
+    // thread's frame stack never disturb another's.
+    trRenderState root(nullptr, nullptr);
+    constexpr int kWorkers = 8;
+    std::vector<std::unique_ptr<trRenderState>> states;
+    std::vector<unsigned> slots;
+    for (int w = 0; w < kWorkers; ++w) {
+        states.push_back(std::make_unique<trRenderState>(root));
+        states.back()->ForkForThread();
+        slots.push_back(states.back()->Thread);
+    }
+    std::sort(slots.begin(), slots.end());
+    EXPECT_EQ(std::adjacent_find(slots.begin(), slots.end()), slots.end()) << "two workers share a slot";
+    std::vector<int> intact(kWorkers, 0);
+    std::vector<std::thread> workers;
+    for (int w = 0; w < kWorkers; ++w)
+        workers.emplace_back([&state = *states[std::size_t(w)], &count = intact[std::size_t(w)], w] {
+            for (int ray = 0; ray < 200; ++ray) {
+                state.P.x = w + ray;
+                {
+                    trScopedStateBackup outer(state);
+                    state.P.x = -1.0;
+                    trScopedStateBackup inner(state);
+                    state.P.x = -2.0;
+                }
+                count += state.P.x == w + ray && FramesOn(state.Thread) == 1;
+            }
+        });
+    for (std::thread &t : workers)
+        t.join();
+    EXPECT_EQ(intact, std::vector<int>(kWorkers, 200));
 }
 
 TEST(trScopedStateBackup, DepthOutOfRangeAndAFullFrameStackAreReportedAndTheRayGoesOn)
