@@ -330,6 +330,13 @@ long trImage::ReadFreeImage(trString const &name)
     return trFreeImageAdapter::ReadIntoImage(name, *this);
 }
 
+long trImage::FailRead(trString const &message)
+{
+    Cleanup();
+    trError(message);
+    return 0;
+}
+
 // ---------------------------------------------------------------------------
 // Typed kinds
 

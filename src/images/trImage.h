@@ -118,6 +118,8 @@ private:
     trImage &operator=(trImage const &) = delete;
 
     long ReadFreeImage(trString const &name);
+    // A reader's way out on failure: frees the pixels, reports `message`, returns 0.
+    long FailRead(trString const &message);
 };
 
 // ---------------------------------------------------------------------------

@@ -91,25 +91,17 @@ template <class T> bool DecodeRow(T const *in, std::int64_t units, T *out, long 
 long trImage::ReadSGI(trString const &name)
 {
     std::FILE *f = std::fopen(name.chars, "rb");
-    if (!f) {
-        Cleanup();
-        trError(trJoin("ReadSGI: Unable to open image file", name));
-        return 0;
-    }
+    if (!f)
+        return FailRead(trJoin("ReadSGI: Unable to open image file", name));
     trFileCloser closer(f);
-    auto fail = [&](trString const &text) {
-        Cleanup();
-        trError(text);
-        return 0L;
-    };
 
     std::int64_t const fileLength = FileLength(f);
     unsigned char header[kSgiHeaderSize];
     std::size_t const got = std::fread(header, 1, sizeof header, f);
     if (got < 2 || BigEndian16(header) != kSgiMagic)
-        return fail(trJoin("ReadSGI: File is not an SGI image (not found magic 474): \n\n", name));
+        return FailRead(trJoin("ReadSGI: File is not an SGI image (not found magic 474): \n\n", name));
     if (got < std::size_t(kSgiHeaderSize) || fileLength < kSgiHeaderSize)
-        return fail(trJoin("ReadSGI: File is truncated: its header is shorter than 512 bytes: ", name));
+        return FailRead(trJoin("ReadSGI: File is truncated: its header is shorter than 512 bytes: ", name));
 
     int const storage = header[2];
     int const bytesPerSample = header[3];
@@ -119,13 +111,13 @@ long trImage::ReadSGI(trString const &name)
     trString const sizeText = trJoin(xSize, " x ", ySize, " x ", zSize);
 
     if (storage != 0 && storage != 1)
-        return fail(trJoin("ReadSGI: Unknown storage ", storage, " (0 verbatim or 1 run-length expected) in file ",
-                         name));
+        return FailRead(trJoin("ReadSGI: Unknown storage ", storage, " (0 verbatim or 1 run-length expected) in file ",
+                             name));
     if (bytesPerSample != 1 && bytesPerSample != 2)
-        return fail(trJoin("ReadSGI: Unsupported bytes per channel ", bytesPerSample, " (1 or 2 expected) in file ",
-                         name));
+        return FailRead(trJoin("ReadSGI: Unsupported bytes per channel ", bytesPerSample, " (1 or 2 expected) in file ",
+                             name));
     if (xSize == 0 || ySize == 0 || zSize == 0)
-        return fail(trJoin("ReadSGI: Image has no pixels (size ", sizeText, ") in file ", name));
+        return FailRead(trJoin("ReadSGI: Image has no pixels (size ", sizeText, ") in file ", name));
 
     // The store never holds a fourth channel, and further planes are not read.
     long const channels = std::min(zSize, 3L);
@@ -139,21 +131,21 @@ long trImage::ReadSGI(trString const &name)
     std::vector<unsigned char> data;
     if (storage == 0) {
         if (planeBytes * channels > kMaxExpansion * fileLength)
-            return fail(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
-                             " bytes: ", name));
+            return FailRead(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
+                                 " bytes: ", name));
     } else {
         std::int64_t const tableEntries = std::int64_t(ySize) * zSize;
         if (dataLength < tableEntries * 8)
-            return fail(
+            return FailRead(
                 trJoin("ReadSGI: File is truncated: too short for the row tables of an image of ", sizeText, ": ", name));
         if (planeBytes * channels > kMaxExpansion * fileLength)
-            return fail(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
-                             " bytes: ", name));
+            return FailRead(trJoin("ReadSGI: Image size ", sizeText, " is implausible for a file of ", fileLength,
+                                 " bytes: ", name));
         // The tables and the rows they point to: the whole file, compressed.
         data.resize(std::size_t(fileLength));
         std::memcpy(data.data(), header, kSgiHeaderSize);
         if (std::fread(data.data() + kSgiHeaderSize, 1, std::size_t(dataLength), f) != std::size_t(dataLength))
-            return fail(trJoin("ReadSGI: Unable to read file ", name));
+            return FailRead(trJoin("ReadSGI: Unable to read file ", name));
         rowStart.resize(std::size_t(tableEntries));
         rowLength.resize(std::size_t(tableEntries));
         unsigned char const *table = data.data() + kSgiHeaderSize;
@@ -164,7 +156,7 @@ long trImage::ReadSGI(trString const &name)
     }
 
     if (!Init(0, 0, int(xSize), int(ySize), int(channels), bytesPerSample, false))
-        return fail(trJoin("ReadSGI: Unable to (re)allocate image (file ", name, ")"));
+        return FailRead(trJoin("ReadSGI: Unable to (re)allocate image (file ", name, ")"));
     Clear();
     // A file cut short keeps the rows it has; the rest of the image stays black.
     auto truncated = [&] {
@@ -177,7 +169,7 @@ long trImage::ReadSGI(trString const &name)
     try {
         row16.resize(std::size_t(xSize));
     } catch (...) {
-        return fail("ReadSGI: Unable to allocate temporary scanline");
+        return FailRead("ReadSGI: Unable to allocate temporary scanline");
     }
     unsigned char *row = reinterpret_cast<unsigned char *>(row16.data());
     std::vector<std::uint16_t> units;
@@ -195,8 +187,8 @@ long trImage::ReadSGI(trString const &name)
                 std::int64_t const start = rowStart[entry];
                 std::int64_t const length = rowLength[entry];
                 if (start < kSgiHeaderSize)
-                    return fail(trJoin("ReadSGI: A run-length row lies outside the file (channel ", c, ", row ", y,
-                                     "): ", name));
+                    return FailRead(trJoin("ReadSGI: A run-length row lies outside the file (channel ", c, ", row ", y,
+                                         "): ", name));
                 if (start + length > fileLength)
                     return truncated();
                 std::fill(row16.begin(), row16.end(), 0);
@@ -213,7 +205,7 @@ long trImage::ReadSGI(trString const &name)
                     ok = DecodeRow(units.data(), count, row16.data(), xSize);
                 }
                 if (!ok)
-                    return fail(trJoin("ReadSGI: Corrupt run-length data (channel ", c, ", row ", y, "): ", name));
+                    return FailRead(trJoin("ReadSGI: Corrupt run-length data (channel ", c, ", row ", y, "): ", name));
             }
             // The row's samples go to the channel's slot of each pixel.
             unsigned char *out = ScanlineRaw(int(y)) + c * bytesPerSample;

@@ -34,21 +34,13 @@ bool Skip(std::FILE *f, long count)
 long trImage::ReadTGA(trString const &name)
 {
     std::FILE *f = std::fopen(name.chars, "rb");
-    if (!f) {
-        Cleanup();
-        trError(trJoin("ReadTGA: Unable to open image file", name));
-        return 0;
-    }
+    if (!f)
+        return FailRead(trJoin("ReadTGA: Unable to open image file", name));
     trFileCloser closer(f);
-    auto fail = [&](trString const &text) {
-        Cleanup();
-        trError(text);
-        return 0L;
-    };
 
     unsigned char header[kTgaHeaderSize];
     if (std::fread(header, 1, sizeof header, f) != sizeof header)
-        return fail(trJoin("Error reading TGA header in file ", name));
+        return FailRead(trJoin("Error reading TGA header in file ", name));
 
     long const idLength = header[0];
     int const imageType = header[2];
@@ -59,36 +51,39 @@ long trImage::ReadTGA(trString const &name)
     int const bitsPerPixel = header[16];
 
     if (imageType != 2 || bitsPerPixel != 24)
-        return fail(trJoin("Unable to read TGA file ", name,
-                         "\nThis library only supports Type 2 Targa 24 images (Unmapped/Uncompressed RGB format)"));
+        return FailRead(trJoin(
+            "Unable to read TGA file ", name,
+            "\nThis library only supports Type 2 Targa 24 images (Unmapped/Uncompressed RGB format)"));
     if (!Skip(f, idLength))
-        return fail(trJoin("Error while attempting to skip TGA Image Identification Field.\nTGA file may be invalid.\n",
-                         name));
+        return FailRead(
+            trJoin("Error while attempting to skip TGA Image Identification Field.\nTGA file may be invalid.\n", name));
     // Entries of 15 bits take two bytes in the file: round the entry size up to whole bytes.
     if (!Skip(f, mapLength * ((mapEntryBits + 7) / 8)))
-        return fail(trJoin("Error while attempting to skip TGA Color Map in file ", name, ".\nTGA file may be invalid"));
+        return FailRead(
+            trJoin("Error while attempting to skip TGA Color Map in file ", name, ".\nTGA file may be invalid"));
     if (imageWidth == 0 || imageHeight == 0)
-        return fail(trJoin("ReadTGA: Image has no pixels (size ", imageWidth, " x ", imageHeight, ") in file ", name));
+        return FailRead(
+            trJoin("ReadTGA: Image has no pixels (size ", imageWidth, " x ", imageHeight, ") in file ", name));
 
     // A file too short for its stated size fails here, before anything is allocated.
     std::int64_t const rowBytes = std::int64_t(imageWidth) * 3;
     long const here = std::ftell(f);
     if (here < 0 || std::fseek(f, 0, SEEK_END) != 0)
-        return fail(trJoin("ReadTGA: Unable to open image file", name));
+        return FailRead(trJoin("ReadTGA: Unable to open image file", name));
     long const end = std::ftell(f);
     if (end < 0 || std::fseek(f, here, SEEK_SET) != 0)
-        return fail(trJoin("ReadTGA: Unable to open image file", name));
+        return FailRead(trJoin("ReadTGA: Unable to open image file", name));
     if (std::int64_t(end) - here < rowBytes * imageHeight)
-        return fail(trJoin("Error reading scanline from TGA file ", name));
+        return FailRead(trJoin("Error reading scanline from TGA file ", name));
 
     if (!Init(0, 0, int(imageWidth), int(imageHeight), 3, 1, false))
-        return fail(trJoin("ReadTGA: Unable to (re)allocate image (file ", name, ")"));
+        return FailRead(trJoin("ReadTGA: Unable to (re)allocate image (file ", name, ")"));
 
     // Rows are read in file order as rows 0 upward; the descriptor byte is not consulted.
     for (long y = 0; y < imageHeight; ++y) {
         unsigned char *row = ScanlineRaw(int(y));
         if (std::fread(row, 1, std::size_t(rowBytes), f) != std::size_t(rowBytes))
-            return fail(trJoin("Error reading scanline from TGA file ", name));
+            return FailRead(trJoin("Error reading scanline from TGA file ", name));
         for (long x = 0; x < imageWidth; ++x, row += 3) {
             unsigned char const blue = row[0];
             row[0] = row[2];
