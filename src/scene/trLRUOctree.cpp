@@ -1,86 +1,36 @@
 #include "scene/trLRUOctree.h"
 
-#include "foundation/trRay.h"
-#include "scene/trOctreeOps.h"
-
-#include <new>
-
-template <class T>
-trLRUOctree<T>::~trLRUOctree()
-{
-    if (!allocator)
-        Collapse();
-}
-
-template <class T>
-long trLRUOctree<T>::Init(trLRUOctree *p, trVector const &c, trVector const &s)
-{
-    parent = p;
-    if (p)
-        allocator = p->allocator;
-    LRUNewer = LRUOlder = nullptr;
-    corner = c;
-    size = s;
-    valid = false;
-    branches = nullptr;
-    return 1;
-}
-
-template <class T>
-int trLRUOctree<T>::Subdivide()
-{
-    return trOctreeOps::Subdivide(*this);
-}
-
-template <class T>
-int trLRUOctree<T>::Collapse()
-{
-    return trOctreeOps::Collapse(*this);
-}
-
-template <class T>
-trLRUOctree<T> *trLRUOctree<T>::GetNode(trVector const &P, double requestSize, int *created)
-{
-    return trOctreeOps::GetNode(*this, P, requestSize, created);
-}
-
 template <class T>
 trLRUOctree<T> *trLRUOctree<T>::LRUGetNode(trVector const &P, double requestSize, int *created,
                                            trLRUOctree *&head, trLRUOctree *&tail)
 {
-    trLRUOctree *node = GetNode(P, requestSize, created);
+    trLRUOctree *node = this->GetNode(P, requestSize, created);
     if (node)
         node->LRUUse(head, tail);
     return node;
 }
 
 template <class T>
-char const *trLRUOctree<T>::BestBranchOrder(trRay const &ray) const
-{
-    return trOctreeBranchOrder(ray.origin, Center());
-}
-
-template <class T>
 void trLRUOctree<T>::Unhook(trLRUOctree *&head, trLRUOctree *&tail)
 {
-    if (LRUOlder)
-        LRUOlder->LRUNewer = LRUNewer;
+    if (links.LRUOlder)
+        links.LRUOlder->links.LRUNewer = links.LRUNewer;
     else if (head == this)
-        head = LRUNewer;
-    if (LRUNewer)
-        LRUNewer->LRUOlder = LRUOlder;
+        head = links.LRUNewer;
+    if (links.LRUNewer)
+        links.LRUNewer->links.LRUOlder = links.LRUOlder;
     else if (tail == this)
-        tail = LRUOlder;
-    LRUOlder = LRUNewer = nullptr;
+        tail = links.LRUOlder;
+    links.LRUOlder = links.LRUNewer = nullptr;
 }
 
 template <class T>
 void trLRUOctree<T>::PushNewest(trLRUOctree *&head, trLRUOctree *&tail)
 {
-    LRUOlder = tail;
-    LRUNewer = nullptr;
+    links.LRUOlder = tail;
+    links.LRUNewer = nullptr;
     if (tail)
-        tail->LRUNewer = this;
+        tail->links.LRUNewer = this;
     else
         head = this;
     tail = this;
@@ -111,7 +61,7 @@ void trLRUOctree<T>::LRUDelete(trLRUOctree *&head, trLRUOctree *&tail, int *coun
     if (branches) {
         for (trLRUOctree &child : branches->node)
             child.LRUForget(head, tail);
-        removed = Collapse();
+        removed = this->Collapse();
     }
     valid = false;
     Unhook(head, tail);

@@ -13,53 +13,29 @@ struct trLRUOctreeBranches {
     trLRUOctree<T> node[8];
 };
 
+// A node's neighbours in the recency list.
+template <class Node>
+struct trLRUOctreeLinks {
+    Node *LRUNewer = nullptr;
+    Node *LRUOlder = nullptr;
+};
+
 template <class T>
-class trLRUOctree {
+class trLRUOctree
+    : public trOctreeNode<trLRUOctree<T>, T, trLRUOctreeBranches<T>, trLRUOctreeLinks<trLRUOctree<T>>> {
+    using Base = trOctreeNode<trLRUOctree<T>, T, trLRUOctreeBranches<T>, trLRUOctreeLinks<trLRUOctree<T>>>;
+
 public:
-    using Branches = trLRUOctreeBranches<T>;
-    using Pool = trOctreeBranchPool<Branches>;
+    // A node still in a recency list must be forgotten before it goes.
+    using Base::Base;
 
-    explicit trLRUOctree(Pool *pool = nullptr) : allocator(pool) {}
-    // Branches of plain allocation are freed; those of a pool stay with the pool.
-    // A node still in a recency list must be forgotten first.
-    ~trLRUOctree();
-    trLRUOctree(trLRUOctree const &) = delete;
-    trLRUOctree &operator=(trLRUOctree const &) = delete;
+    trLRUOctree *Newer() const { return links.LRUNewer; }
+    trLRUOctree *Older() const { return links.LRUOlder; }
 
-    long Init(trLRUOctree *parent, trVector const &corner, trVector const &size);
-
-    trVector Center() const { return corner + size * 0.5; }
-    trVector const &Corner() const { return corner; }
-    trVector const &Size() const { return size; }
-    trBoundingBox BoundingBox() const { return trBoundingBox(corner, corner + size); }
-    trLRUOctree *Parent() const { return parent; }
-    trLRUOctree *Branch(int i) const { return branches && i >= 0 && i < 8 ? &branches->node[i] : nullptr; }
-    bool HasBranches() const { return branches != nullptr; }
-    trLRUOctree *Newer() const { return LRUNewer; }
-    trLRUOctree *Older() const { return LRUOlder; }
-
-    T const &Value() const { return value; }
-    void SetValue(T const &v)
-    {
-        value = v;
-        valid = true;
-    }
-    bool IsValid() const { return valid; }
-    void Invalidate() { valid = false; }
-    bool Resolves(double requestSize) const { return requestSize >= size.MaxComp(); }
-
-    // As trOctree::GetNode; nodes made on the way are not put in the list.
-    trLRUOctree *GetNode(trVector const &P, double requestSize, int *created);
-    // GetNode, then LRUUse of the node found.
+    // GetNode (nodes made on the way are not put in the list), then LRUUse of the
+    // node found.
     trLRUOctree *LRUGetNode(trVector const &P, double requestSize, int *created, trLRUOctree *&head,
                             trLRUOctree *&tail);
-
-    int Subdivide();
-    // Removes every node below and returns how many; they must be out of the list
-    // (LRUDelete takes them out first).
-    int Collapse();
-    void DestroyBranches() { Collapse(); }
-    char const *BestBranchOrder(trRay const &ray) const;
 
     // head is the oldest node, tail the newest.
     // Makes this node and each parent up the path the newest, stopping at a node
@@ -71,22 +47,16 @@ public:
     // valid and takes it out of the list. *count is the number of nodes given back.
     void LRUDelete(trLRUOctree *&head, trLRUOctree *&tail, int *count);
     // Whether this node is in a list with those ends.
-    bool IsInList(trLRUOctree const *head) const { return LRUOlder || LRUNewer || head == this; }
+    bool IsInList(trLRUOctree const *head) const { return links.LRUOlder || links.LRUNewer || head == this; }
 
 private:
-    friend struct trOctreeOps;
+    using Base::branches;
+    using Base::links;
+    using Base::parent;
+    using Base::valid;
+
     void Unhook(trLRUOctree *&head, trLRUOctree *&tail);
     void PushNewest(trLRUOctree *&head, trLRUOctree *&tail);
-
-    Pool *allocator = nullptr;
-    trLRUOctree *LRUNewer = nullptr;
-    trLRUOctree *LRUOlder = nullptr;
-    T value{};
-    bool valid = false;
-    trVector corner;
-    trVector size;
-    Branches *branches = nullptr;
-    trLRUOctree *parent = nullptr;
 };
 
 extern template class trLRUOctree<float>;

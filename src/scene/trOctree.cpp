@@ -1,7 +1,7 @@
 #include "scene/trOctree.h"
 
 #include "foundation/trRay.h"
-#include "scene/trOctreeOps.h"
+#include "scene/trLRUOctree.h"
 
 #include <cmath>
 #include <new>
@@ -27,19 +27,13 @@ int trOctreeOctant(trVector const &p, trVector const &corner, trVector const &si
     return octant;
 }
 
-template <class T>
-trOctree<T>::~trOctree()
-{
-    if (!allocator)
-        Collapse();
-}
-
-template <class T>
-long trOctree<T>::Init(trOctree *p, trVector const &c, trVector const &s)
+template <class Node, class T, class Block, class Links>
+long trOctreeNode<Node, T, Block, Links>::Init(Node *p, trVector const &c, trVector const &s)
 {
     parent = p;
     if (p)
         allocator = p->allocator;
+    links = Links{};
     corner = c;
     size = s;
     valid = false;
@@ -47,39 +41,93 @@ long trOctree<T>::Init(trOctree *p, trVector const &c, trVector const &s)
     return 1;
 }
 
-template <class T>
-int trOctree<T>::Subdivide()
+template <class Node, class T, class Block, class Links>
+int trOctreeNode<Node, T, Block, Links>::Subdivide()
 {
-    return trOctreeOps::Subdivide(*this);
+    if (branches)
+        return 0;
+    Block *b = allocator ? allocator->Get() : new (std::nothrow) Block;
+    if (!b)
+        return 0;
+    trVector const half = size * 0.5;
+    for (int i = 0; i < 8; ++i) {
+        trOctreeNode &child = b->node[i];
+        child.Init(static_cast<Node *>(this),
+                   corner + trVector(i & 1 ? half.x : 0.0, i & 2 ? half.y : 0.0, i & 4 ? half.z : 0.0), half);
+        child.value = value;
+    }
+    branches = b;
+    return 1;
 }
 
-template <class T>
-int trOctree<T>::Collapse()
+template <class Node, class T, class Block, class Links>
+int trOctreeNode<Node, T, Block, Links>::Collapse()
 {
-    return trOctreeOps::Collapse(*this);
+    if (!branches)
+        return 0;
+    int removed = 0;
+    for (trOctreeNode &child : branches->node)
+        removed += child.Collapse();
+    if (allocator)
+        allocator->GiveBack(branches);
+    else
+        delete branches;
+    branches = nullptr;
+    return removed + 8;
 }
 
-template <class T>
-trOctree<T> *trOctree<T>::GetNode(trVector const &P, double requestSize, int *created)
+template <class Node, class T, class Block, class Links>
+Node *trOctreeNode<Node, T, Block, Links>::GetNode(trVector const &P, double requestSize, int *created)
 {
-    return trOctreeOps::GetNode(*this, P, requestSize, created);
+    if (created)
+        *created = 0;
+    // Written so that a NaN coordinate counts as outside.
+    for (int axis = 0; axis < 3; ++axis)
+        if (!(P(axis) >= corner(axis) && P(axis) < corner(axis) + size(axis)))
+            return nullptr;
+    // A size of zero, below or NaN would split without end.
+    if (!(requestSize > 0.0))
+        return nullptr;
+    double const m = size.MaxComp();
+    if (requestSize >= 2.0 * m)
+        return parent ? parent : static_cast<Node *>(this);
+    if (requestSize >= m)
+        return static_cast<Node *>(this);
+    // The walk goes through this class's view of each node, where its fields are.
+    trOctreeNode *node = this;
+    for (;;) {
+        if (!node->branches) {
+            if (!node->Subdivide())
+                return static_cast<Node *>(node); // out of memory: the finest node there is
+            if (created)
+                *created += 8;
+        }
+        node = &node->branches->node[trOctreeOctant(P, node->corner, node->size)];
+        if (requestSize >= node->size.MaxComp())
+            return static_cast<Node *>(node);
+    }
 }
 
-template <class T>
-char const *trOctree<T>::BestBranchOrder(trRay const &ray) const
+template <class Node, class T, class Block, class Links>
+char const *trOctreeNode<Node, T, Block, Links>::BestBranchOrder(trRay const &ray) const
 {
     return trOctreeBranchOrder(ray.origin, Center());
 }
 
-template class trOctree<float>;
-template class trOctree<double>;
-template class trOctree<long>;
-template class trOctree<unsigned long>;
-template class trOctree<trFCol>;
-template class trOctree<trVector>;
-template class trOctree<trFColVectorPair>;
-template class trOctree<void *>;
-template class trOctree<unsigned long *>;
+// Both kinds over the nine value types of the lighting caches.
+#define OSTREL_OCTREE_KINDS(T)                                                                                     \
+    template class trOctreeNode<trOctree<T>, T, trOctreeBranches<T>, trOctreeNoLinks>;                           \
+    template class trOctreeNode<trLRUOctree<T>, T, trLRUOctreeBranches<T>, trLRUOctreeLinks<trLRUOctree<T>>>;
+OSTREL_OCTREE_KINDS(float)
+OSTREL_OCTREE_KINDS(double)
+OSTREL_OCTREE_KINDS(long)
+OSTREL_OCTREE_KINDS(unsigned long)
+OSTREL_OCTREE_KINDS(trFCol)
+OSTREL_OCTREE_KINDS(trVector)
+OSTREL_OCTREE_KINDS(trFColVectorPair)
+OSTREL_OCTREE_KINDS(void *)
+OSTREL_OCTREE_KINDS(unsigned long *)
+#undef OSTREL_OCTREE_KINDS
 
 // A pool pointer, the value and its flag, the box, and two links.
 static_assert(sizeof(trOctree<float>) == 80, "a float octree node is 80 bytes");

@@ -44,37 +44,38 @@ char const *trOctreeBranchOrder(trVector const &origin, trVector const &centre);
 // floor((p - corner) / size * 2) clamped to 0..1.
 int trOctreeOctant(trVector const &p, trVector const &corner, trVector const &size);
 
-template <class T>
-class trOctree;
-
-template <class T>
-struct trOctreeBranches {
-    trOctree<T> node[8];
-};
-
-template <class T>
-class trOctree {
+// What both octree kinds are made of: the box, the value and its flag, the branch
+// block and the link up, with the accessors and tree operations over them. `Node` is
+// the kind itself, `Block` its block of eight branches, and `Links` what the kind
+// keeps next to its pool pointer: nothing for trOctree, the recency list for
+// trLRUOctree.
+template <class Node, class T, class Block, class Links>
+class trOctreeNode {
 public:
-    using Branches = trOctreeBranches<T>;
-    using Pool = trOctreeBranchPool<Branches>;
+    using Branches = Block;
+    using Pool = trOctreeBranchPool<Block>;
 
     // A root; with a pool, branches come from it and go back to it.
-    explicit trOctree(Pool *pool = nullptr) : allocator(pool) {}
+    explicit trOctreeNode(Pool *pool = nullptr) : allocator(pool) {}
     // Branches of plain allocation are freed; those of a pool stay with the pool.
-    ~trOctree();
-    trOctree(trOctree const &) = delete;
-    trOctree &operator=(trOctree const &) = delete;
+    ~trOctreeNode()
+    {
+        if (!allocator)
+            Collapse();
+    }
+    trOctreeNode(trOctreeNode const &) = delete;
+    trOctreeNode &operator=(trOctreeNode const &) = delete;
 
-    // Places the node; it takes its parent's pool. Returns 1.
-    long Init(trOctree *parent, trVector const &corner, trVector const &size);
+    // Places the node, outside any list; it takes its parent's pool. Returns 1.
+    long Init(Node *parent, trVector const &corner, trVector const &size);
 
     trVector Center() const { return corner + size * 0.5; }
     trVector const &Corner() const { return corner; }
     trVector const &Size() const { return size; }
     trBoundingBox BoundingBox() const { return trBoundingBox(corner, corner + size); }
-    trOctree *Parent() const { return parent; }
+    Node *Parent() const { return parent; }
     // Null at a leaf or for i outside 0..7.
-    trOctree *Branch(int i) const { return branches && i >= 0 && i < 8 ? &branches->node[i] : nullptr; }
+    Node *Branch(int i) const { return branches && i >= 0 && i < 8 ? &branches->node[i] : nullptr; }
     bool HasBranches() const { return branches != nullptr; }
 
     T const &Value() const { return value; }
@@ -92,7 +93,7 @@ public:
     // The node that holds P at the resolution `requestSize`, splitting nodes on the
     // way; *created (if given) counts the nodes made. Null when P is outside this
     // node, or when the size is not a positive number.
-    trOctree *GetNode(trVector const &P, double requestSize, int *created);
+    Node *GetNode(trVector const &P, double requestSize, int *created);
 
     // Makes eight children that copy this node's value, not valid. 1, or 0 when
     // out of memory or already split.
@@ -103,23 +104,29 @@ public:
 
     char const *BestBranchOrder(trRay const &ray) const;
 
-private:
-    friend struct trOctreeOps;
+protected:
     Pool *allocator = nullptr;
+    [[no_unique_address]] Links links;
     T value{};
     bool valid = false;
     trVector corner;
     trVector size;
-    Branches *branches = nullptr;
-    trOctree *parent = nullptr;
+    Block *branches = nullptr;
+    Node *parent = nullptr;
 };
 
-extern template class trOctree<float>;
-extern template class trOctree<double>;
-extern template class trOctree<long>;
-extern template class trOctree<unsigned long>;
-extern template class trOctree<trFCol>;
-extern template class trOctree<trVector>;
-extern template class trOctree<trFColVectorPair>;
-extern template class trOctree<void *>;
-extern template class trOctree<unsigned long *>;
+template <class T>
+class trOctree;
+
+template <class T>
+struct trOctreeBranches {
+    trOctree<T> node[8];
+};
+
+struct trOctreeNoLinks {};
+
+template <class T>
+class trOctree : public trOctreeNode<trOctree<T>, T, trOctreeBranches<T>, trOctreeNoLinks> {
+public:
+    using trOctreeNode<trOctree<T>, T, trOctreeBranches<T>, trOctreeNoLinks>::trOctreeNode;
+};
